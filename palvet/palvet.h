@@ -6,5 +6,8 @@
 #include <palvet/core/clock.h>
 #include <palvet/core/debug_output.h>
 #include <palvet/core/export.h>
+#include <palvet/containers/crc.h>
+#include <palvet/containers/hash_table.h>
+#include <palvet/containers/ptr_collection.h>
 
 #endif
