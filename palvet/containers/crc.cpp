@@ -8,7 +8,6 @@
 namespace {
 
 constexpr unsigned int kPolynomial = 0xEDB88320u;
-constexpr unsigned int kStart = 0xABCDABCDu;
 
 // Eight byte tables for slicing-by-8: t[0] is the classic table, t[k][i] the
 // effect of byte i followed by k zero bytes. Computed by the compiler, so
@@ -64,7 +63,8 @@ inline unsigned int LoadLe32(unsigned char const* p)
     return v;
 }
 
-[[maybe_unused]] int const g_tableSize = CCRC::InitTable();
+// Fills the exported table when the library is loaded.
+[[maybe_unused]] int const tableFilledAtLoad = CCRC::InitTable();
 
 }  // namespace
 
