@@ -273,9 +273,9 @@ int CPtrListCtrl::FindNext(void const* key, int (*cb)(void const*, void const*))
 
 void CPtrListCtrl::FindAll(CPtrCtrl*, void const*, int (*)(void const*, void const*))
 {
-    // Kept as a no-op: applications gather a list's matches through an array
-    // copy, and a list that started filling destinations would change what
-    // those callers see.
+    // Deliberately a no-op, whatever the arguments: applications gather a
+    // list's matches through an array copy and expect the destination to be
+    // left alone here.
 }
 
 int CPtrListCtrl::MoveData(int from, int n, int to)
