@@ -3,6 +3,9 @@
 
 // Umbrella header: the whole public interface of the library.
 
+#include <palvet/containers/crc.h>
+#include <palvet/containers/hash_table.h>
+#include <palvet/containers/ptr_collection.h>
 #include <palvet/core/clock.h>
 #include <palvet/core/debug_output.h>
 #include <palvet/core/export.h>
