@@ -6,5 +6,7 @@
 #include <palvet/core/clock.h>
 #include <palvet/core/debug_output.h>
 #include <palvet/core/export.h>
+#include <palvet/files/file_utils.h>
+#include <palvet/imaging/bmp.h>
 
 #endif
