@@ -159,7 +159,8 @@ int IsFileDataEqual(char const* path1, char const* path2)
     if (chunk1 != nullptr && chunk2 != nullptr) {
         while (compared < size) {
             unsigned long long const left = size - compared;
-            unsigned int const want = left < kCompareChunk ? static_cast<unsigned int>(left) : kCompareChunk;
+            unsigned int const want =
+                left < kCompareChunk ? static_cast<unsigned int>(left) : kCompareChunk;
             if (FileRead(first, chunk1, want) != want || FileRead(second, chunk2, want) != want)
                 break;
             if (memcmp(chunk1, chunk2, want) != 0)

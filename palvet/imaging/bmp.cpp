@@ -16,6 +16,7 @@ constexpr unsigned int kInfoHeaderSize = 40;
 constexpr unsigned int kV5HeaderSize = 124;
 // The loader reads fields up to the bit depth at offset 28.
 constexpr int kMinImageSize = 30;
+constexpr unsigned int kFlipBlock = 256 * 1024;
 
 constexpr unsigned int kSignature = 0x4D42;            // "BM"
 constexpr unsigned int kCompressionBitFields = 3;
@@ -44,7 +45,10 @@ void Put32(unsigned char* p, uint32_t v)
 }
 
 // |v| without overflow for INT_MIN.
-uint32_t Magnitude(int v) { return v < 0 ? 0u - static_cast<uint32_t>(v) : static_cast<uint32_t>(v); }
+uint32_t Magnitude(int v)
+{
+    return v < 0 ? 0u - static_cast<uint32_t>(v) : static_cast<uint32_t>(v);
+}
 
 // Bytes per row padded to 32 bits, in 64 bits so that no input overflows;
 // negative for a negative bit count, as the plain int formula would give.
@@ -83,6 +87,32 @@ unsigned char* NewInfoBlock(unsigned int headerSize, int width, int height, int 
     return info;
 }
 
+// Writes a top-down buffer last row first, so the file is bottom-up. The rows
+// are gathered into larger blocks: one write per row costs several times more
+// than the copy, and the stream's own buffer is too small to help.
+void WriteFlipped(FILE* stream, unsigned char const* buffer, unsigned int rowBytes, uint32_t rows)
+{
+    uint32_t const perBlock = rowBytes < kFlipBlock ? kFlipBlock / rowBytes : 1;
+    uint32_t const blockRows = perBlock < rows ? perBlock : rows;
+    unsigned char* block =
+        blockRows > 1 ? new (std::nothrow) unsigned char[blockRows * rowBytes] : nullptr;
+    uint32_t row = rows;
+    while (row > 0) {
+        if (block == nullptr) {
+            --row;
+            FileWrite(stream, buffer + static_cast<size_t>(row) * rowBytes, rowBytes);
+            continue;
+        }
+        uint32_t const n = row < blockRows ? row : blockRows;
+        for (uint32_t i = 0; i < n; ++i)
+            memcpy(block + static_cast<size_t>(i) * rowBytes,
+                   buffer + static_cast<size_t>(row - 1 - i) * rowBytes, rowBytes);
+        FileWrite(stream, block, n * rowBytes);
+        row -= n;
+    }
+    delete[] block;
+}
+
 // Writes the file header, the information block and the rows, then closes
 // the stream and frees the block.
 void WriteBmp(FILE* stream, unsigned char* info, int infoSize, unsigned char const* buffer,
@@ -97,7 +127,7 @@ void WriteBmp(FILE* stream, unsigned char* info, int infoSize, unsigned char con
     unsigned char header[kFileHeaderSize] = {};
     uint32_t const offset = kFileHeaderSize + static_cast<uint32_t>(infoSize);
     Put16(header + 0, kSignature);
-    Put32(header + 2, static_cast<uint32_t>(offset + rows * static_cast<unsigned long long>(stride)));
+    Put32(header + 2, static_cast<uint32_t>(offset + rows * static_cast<uint64_t>(stride)));
     Put32(header + 10, offset);
     FileWrite(stream, header, sizeof header);
     FileWrite(stream, info, static_cast<unsigned int>(infoSize));
@@ -111,9 +141,7 @@ void WriteBmp(FILE* stream, unsigned char* info, int infoSize, unsigned char con
             for (uint32_t row = 0; row < rows; ++row)
                 FileWrite(stream, buffer + static_cast<size_t>(row) * rowBytes, rowBytes);
         } else {
-            // A top-down buffer: last row first, so the file is bottom-up.
-            for (uint32_t row = rows; row-- > 0;)
-                FileWrite(stream, buffer + static_cast<size_t>(row) * rowBytes, rowBytes);
+            WriteFlipped(stream, buffer, rowBytes, rows);
         }
     }
     fclose(stream);
