@@ -9,6 +9,8 @@
 #include <palvet/core/clock.h>
 #include <palvet/core/debug_output.h>
 #include <palvet/core/export.h>
+#include <palvet/files/file_utils.h>
+#include <palvet/imaging/bmp.h>
 #include <palvet/text/buffer.h>
 #include <palvet/text/simple_string.h>
 #include <palvet/text/text_utils.h>
