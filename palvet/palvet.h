@@ -6,5 +6,7 @@
 #include <palvet/core/clock.h>
 #include <palvet/core/debug_output.h>
 #include <palvet/core/export.h>
+#include <palvet/imaging/drawing.h>
+#include <palvet/imaging/geometry.h>
 
 #endif
