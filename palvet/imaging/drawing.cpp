@@ -2,6 +2,8 @@
 
 #include <palvet/imaging/pixel_kernels_internal.h>
 
+#include <palvet/core/cpu_features_internal.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -38,8 +40,8 @@ inline void CopyPixel(unsigned char* d, unsigned char const* s, int bpp)
 
 // Source columns are looked up in a table built once per call; wider
 // destinations are done in strips of this many columns so the table stays on
-// the stack (4 KiB) and each strip's rows stay in cache.
-constexpr int kStrip = 1024;
+// the stack (a few KiB) and each strip's rows stay in cache.
+constexpr int kStrip = 512;
 
 template <int Bpp>
 void GatherRow(unsigned char* d, unsigned char const* s, int const* cols, int n)
@@ -73,6 +75,46 @@ int NextColumns(StretchStepper& cols, int remaining, int* table)
     }
     return n;
 }
+
+// One strip's column lookup: the table and, for 32-bit pixels on AVX2,
+// its permute groups.
+class ColumnStrip {
+public:
+    ColumnStrip(int bpp, int srcWidth)
+    {
+#if defined(__x86_64__) || defined(__i386__)
+        useGroups_ = bpp == 4 && palvet::detail::CpuHasAvx2();
+#endif
+        (void)bpp;
+        srcWidth_ = srcWidth;
+    }
+
+    int Next(StretchStepper& cols, int remaining)
+    {
+        n_ = NextColumns(cols, remaining, table_);
+        if (useGroups_)
+            palvet::detail::BuildStretchGroups(table_, n_, srcWidth_, groups_);
+        return n_;
+    }
+
+    void Gather(unsigned char* d, unsigned char const* s, int bpp) const
+    {
+#if defined(__x86_64__) || defined(__i386__)
+        if (useGroups_) {
+            palvet::detail::GatherRow32Avx2(d, s, table_, groups_, n_);
+            return;
+        }
+#endif
+        GatherRowAny(d, s, table_, n_, bpp);
+    }
+
+private:
+    int table_[kStrip];
+    palvet::detail::StretchGroup groups_[kStrip / 8];
+    int n_ = 0;
+    int srcWidth_ = 0;
+    bool useGroups_ = false;
+};
 
 }  // namespace
 
@@ -160,10 +202,10 @@ void StretchBufferOnBuffer(unsigned char* dst, tagRECT const& dstRect, int dstPi
         return;
     }
 
-    int table[kStrip];
+    ColumnStrip strip(bpp, sw);
     StretchStepper cols(sw, dw);
     for (int x0 = 0; x0 < dw; x0 += kStrip) {
-        int const n = NextColumns(cols, dw - x0, table);
+        int const n = strip.Next(cols, dw - x0);
         std::size_t const bytes = static_cast<std::size_t>(n) * static_cast<std::size_t>(bpp);
         unsigned char* d = d0 + static_cast<std::ptrdiff_t>(x0) * bpp;
         StretchStepper rows(sh, dh);
@@ -173,7 +215,7 @@ void StretchBufferOnBuffer(unsigned char* dst, tagRECT const& dstRect, int dstPi
             if (r == previous)  // an enlarged row repeats the one just made
                 std::memcpy(d, d - dstPitch, bytes);
             else
-                GatherRowAny(d, s0 + static_cast<std::ptrdiff_t>(r) * srcPitch, table, n, bpp);
+                strip.Gather(d, s0 + static_cast<std::ptrdiff_t>(r) * srcPitch, bpp);
             previous = r;
         }
     }
@@ -193,18 +235,18 @@ void AlphaStretchBufferOnBuffer_ARGB(unsigned char* dst, tagRECT const& dstRect,
         return;
     }
 
-    int table[kStrip];
+    ColumnStrip strip(4, sw);
     alignas(32) unsigned char row[kStrip * 4];
     StretchStepper cols(sw, dw);
     for (int x0 = 0; x0 < dw; x0 += kStrip) {
-        int const n = NextColumns(cols, dw - x0, table);
+        int const n = strip.Next(cols, dw - x0);
         unsigned char* d = d0 + static_cast<std::ptrdiff_t>(x0) * 4;
         StretchStepper rows(sh, dh);
         int previous = -1;
         for (int y = 0; y < dh; ++y, rows.Advance(), d += dstPitch) {
             int const r = rows.Position();
             if (r != previous)
-                GatherRow<4>(row, s0 + static_cast<std::ptrdiff_t>(r) * srcPitch, table, n);
+                strip.Gather(row, s0 + static_cast<std::ptrdiff_t>(r) * srcPitch, 4);
             previous = r;
             palvet::detail::BlendRowArgb(d, row, n);
         }

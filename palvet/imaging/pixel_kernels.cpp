@@ -27,6 +27,22 @@ bool AreasOverlap(void const* a, int pitchA, int rowBytesA, int rowsA, void cons
     return loA < hiB && loB < hiA;
 }
 
+int BuildStretchGroups(int const* cols, int n, int srcWidth, StretchGroup* groups)
+{
+    int const count = n / 8;
+    for (int g = 0; g < count; ++g) {
+        int const* c = cols + 8 * g;
+        int const base = c[0];
+        bool fits = base >= 0 && base + 8 <= srcWidth;
+        for (int k = 0; k < 8 && fits; ++k)
+            fits = c[k] >= base && c[k] - base < 8;
+        groups[g].base = fits ? base : -1;
+        for (int k = 0; k < 8; ++k)
+            groups[g].lanes[k] = fits ? c[k] - base : 0;
+    }
+    return count;
+}
+
 void BlendRowArgbScalar(unsigned char* dst, unsigned char const* src, int n)
 {
     for (int i = 0; i < n; ++i) {

@@ -18,43 +18,49 @@ inline void Store(unsigned char* p, __m256i v)
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
 }
 
-// dc + (sc - dc) * sa / outA for one channel (bits shift..shift+7 of each
-// lane). The quotient is at most 255 in magnitude and the exact value
-// (n +- 0.5) / outA keeps 0.5 / 255 away from any integer, so a float
-// product with a correctly rounded reciprocal truncates to the same
-// integer as the integer division.
-inline __m256i BlendChannel(__m256i s, __m256i d, __m256i sa, __m256 rcp, int shift)
+// Picks byte k of every pixel into the low byte of its 32-bit lane.
+inline __m256i Channel(__m256i v, int k)
 {
-    __m256i const mask = _mm256_set1_epi32(0xFF);
-    __m256i const sc = _mm256_and_si256(_mm256_srli_epi32(s, shift), mask);
-    __m256i const dc = _mm256_and_si256(_mm256_srli_epi32(d, shift), mask);
-    // The difference fits 16 bits; madd multiplies the low halves exactly
-    // and adds the high halves times zero.
-    __m256i const n = _mm256_madd_epi16(_mm256_sub_epi32(sc, dc), sa);
-    __m256 const nf = _mm256_cvtepi32_ps(n);
-    __m256 const half = _mm256_or_ps(_mm256_and_ps(nf, _mm256_set1_ps(-0.0f)), _mm256_set1_ps(0.5f));
-    __m256i const q = _mm256_cvttps_epi32(_mm256_mul_ps(_mm256_add_ps(nf, half), rcp));
-    return _mm256_slli_epi32(_mm256_and_si256(_mm256_add_epi32(dc, q), mask), shift);
+    char const z = -1;
+    char const b = static_cast<char>(k);
+    return _mm256_shuffle_epi8(v, _mm256_setr_epi8(b, z, z, z, b + 4, z, z, z, b + 8, z, z, z, b + 12, z, z, z,
+                                                   b, z, z, z, b + 4, z, z, z, b + 8, z, z, z, b + 12, z, z, z));
+}
+
+// dc + trunc((sc - dc) * sa / outA) for one channel, as dc + trunc(diff * w)
+// with w = sa / outA. The quotient is at most 255 in magnitude and, when
+// not whole, at least 1 / 255 short of the next integer up. w is computed
+// about 2^-20 too large (well above its rounding errors), so diff * w never
+// falls below the exact quotient in magnitude and exceeds it by less than
+// 255 * 2^-19: truncation gives the integer result.
+inline __m256i BlendChannel(__m256i s, __m256i d, __m256 w, int k)
+{
+    __m256i const dc = Channel(d, k);
+    __m256 const diff = _mm256_cvtepi32_ps(_mm256_sub_epi32(Channel(s, k), dc));
+    return _mm256_add_epi32(dc, _mm256_cvttps_epi32(_mm256_mul_ps(diff, w)));
 }
 
 inline __m256i Blend8(__m256i s, __m256i d)
 {
     __m256i const sa = _mm256_srli_epi32(s, 24);
     __m256i const da = _mm256_srli_epi32(d, 24);
-    // sa * da fits the low 16 bits of each lane; x / 255 for x <= 65025 is
-    // (x + (x >> 8) + 1) >> 8.
+    // sa * da fits the low 16 bits of each lane (the high halves stay 0);
+    // x / 255 for x < 65536 is (x * 0x8081) >> 23.
     __m256i const x = _mm256_mullo_epi16(sa, da);
-    __m256i const a = _mm256_srli_epi32(
-        _mm256_add_epi32(_mm256_add_epi32(x, _mm256_srli_epi32(x, 8)), _mm256_set1_epi32(1)), 8);
+    __m256i const a = _mm256_srli_epi32(_mm256_mulhi_epu16(x, _mm256_set1_epi32(0x8081)), 7);
     __m256i const outA = _mm256_sub_epi32(_mm256_add_epi32(sa, da), a);
-    // outA is 0 only where sa and da are both 0; those lanes keep d below.
-    __m256 const rcp = _mm256_div_ps(_mm256_set1_ps(1.0f), _mm256_cvtepi32_ps(outA));
-    __m256i out = _mm256_slli_epi32(outA, 24);
-    out = _mm256_or_si256(out, BlendChannel(s, d, sa, rcp, 0));
-    out = _mm256_or_si256(out, BlendChannel(s, d, sa, rcp, 8));
-    out = _mm256_or_si256(out, BlendChannel(s, d, sa, rcp, 16));
-    __m256i const transparent = _mm256_cmpeq_epi32(sa, _mm256_setzero_si256());
-    return _mm256_blendv_epi8(out, d, transparent);
+    // With sa 0 the weight is 0 and the pixel comes out as d, alpha da; the
+    // max only keeps 0 / 0 away when both alphas are 0.
+    __m256 const w = _mm256_div_ps(_mm256_mul_ps(_mm256_cvtepi32_ps(sa), _mm256_set1_ps(1.0f + 1.0f / 1048576.0f)),
+                                   _mm256_cvtepi32_ps(_mm256_max_epi32(outA, _mm256_set1_epi32(1))));
+    __m256i const b = BlendChannel(s, d, w, 0);
+    __m256i const g = BlendChannel(s, d, w, 1);
+    __m256i const r = BlendChannel(s, d, w, 2);
+    // Every value is 0..255: pack to bytes B0-3 G0-3 R0-3 A0-3 per half,
+    // then interleave them into pixels.
+    __m256i const planar = _mm256_packus_epi16(_mm256_packus_epi32(b, g), _mm256_packus_epi32(r, outA));
+    return _mm256_shuffle_epi8(planar, _mm256_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15,
+                                                        0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15));
 }
 
 }  // namespace
@@ -65,19 +71,34 @@ void BlendRowArgbAvx2(unsigned char* dst, unsigned char const* src, int n)
     int i = 0;
     for (; i + 8 <= n; i += 8) {
         __m256i const s = Load(src + 4 * i);
-        __m256i const sa = _mm256_and_si256(s, alphaMask);
         // Interface images are mostly fully opaque or fully clear.
-        int const opaque = _mm256_movemask_epi8(_mm256_cmpeq_epi32(sa, alphaMask));
-        if (opaque == -1) {
+        if (_mm256_testc_si256(s, alphaMask)) {
             Store(dst + 4 * i, s);
             continue;
         }
-        int const clear = _mm256_movemask_epi8(_mm256_cmpeq_epi32(sa, _mm256_setzero_si256()));
-        if (clear == -1)
+        if (_mm256_testz_si256(s, alphaMask))
             continue;
         Store(dst + 4 * i, Blend8(s, Load(dst + 4 * i)));
     }
     BlendRowArgbScalar(dst + 4 * i, src + 4 * i, n - i);
+}
+
+void GatherRow32Avx2(unsigned char* d, unsigned char const* s, int const* cols, StretchGroup const* groups, int n)
+{
+    int const count = n / 8;
+    for (int g = 0; g < count; ++g) {
+        StretchGroup const& grp = groups[g];
+        unsigned char* out = d + 32 * g;
+        if (grp.base >= 0) {
+            __m256i const lanes = _mm256_loadu_si256(reinterpret_cast<__m256i const*>(grp.lanes));
+            Store(out, _mm256_permutevar8x32_epi32(Load(s + 4 * static_cast<std::ptrdiff_t>(grp.base)), lanes));
+        } else {
+            for (int k = 0; k < 8; ++k)
+                StoreU32(out + 4 * k, LoadU32(s + 4 * static_cast<std::ptrdiff_t>(cols[8 * g + k])));
+        }
+    }
+    for (int k = 8 * count; k < n; ++k)
+        StoreU32(d + 4 * k, LoadU32(s + 4 * static_cast<std::ptrdiff_t>(cols[k])));
 }
 
 void Rgb24ToRgb32RowAvx2(unsigned char const* src, unsigned char* dst, int n, bool swap)

@@ -181,7 +181,21 @@ void RotateBytes(unsigned char const* src, unsigned char* dst, int w, int h, int
 void Rotate32Scalar(unsigned char const* src, unsigned char* dst, int w, int h, int degrees);
 void Rotate32(unsigned char const* src, unsigned char* dst, int w, int h, int degrees);
 
+// Eight destination pixels of a stretched row whose source pixels lie within
+// eight consecutive ones from base: one load and one permute make them.
+// base is -1 where that does not hold (strong shrinking, or reading past
+// the row's end); those groups are copied one pixel at a time.
+struct StretchGroup {
+    int base;
+    int lanes[8];
+};
+
+// Groups for the n source columns in cols (n / 8 of them, rounded down).
+int BuildStretchGroups(int const* cols, int n, int srcWidth, StretchGroup* groups);
+
 #if defined(__x86_64__) || defined(__i386__)
+// 32-bit pixels d[k] = s[cols[k]] for k < n, using the groups.
+void GatherRow32Avx2(unsigned char* d, unsigned char const* s, int const* cols, StretchGroup const* groups, int n);
 void BlendRowArgbAvx2(unsigned char* dst, unsigned char const* src, int n);
 void Rgb24ToRgb32RowAvx2(unsigned char const* src, unsigned char* dst, int n, bool swap);
 void Rgb32ToRgb24RowAvx2(unsigned char const* src, unsigned char* dst, int n, bool swap);

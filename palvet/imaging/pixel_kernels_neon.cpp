@@ -9,33 +9,32 @@ namespace palvet::detail {
 
 namespace {
 
-// dc + (sc - dc) * sa / outA for 8 pixels of one channel. The quotient is
-// at most 255 in magnitude and (n +- 0.5) / outA stays 0.5 / 255 away from
-// any integer, so a reciprocal refined to near float precision truncates to
-// the same integer as the integer division.
+// dc + (sc - dc) * sa / outA, truncated toward zero, for 8 pixels of one
+// channel. The quotient is at most 255 in magnitude and, when not whole, at
+// least 1 / 255 away from the next integer up. The reciprocals are 1 / outA
+// enlarged by about 2^-18, so n * rcp never falls below the exact quotient
+// in magnitude and exceeds it by far less than 1 / 255: truncation gives
+// the integer result.
 inline uint8x8_t BlendChannel(uint8x8_t sc, uint8x8_t dc, int16x8_t sa, float32x4_t rcpLo, float32x4_t rcpHi)
 {
     int16x8_t const dc16 = vreinterpretq_s16_u16(vmovl_u8(dc));
     int16x8_t const diff = vsubq_s16(vreinterpretq_s16_u16(vmovl_u8(sc)), dc16);
-    uint32x4_t const sign = vdupq_n_u32(0x80000000u);
-    uint32x4_t const half = vreinterpretq_u32_f32(vdupq_n_f32(0.5f));
-
-    float32x4_t nLo = vcvtq_f32_s32(vmull_s16(vget_low_s16(diff), vget_low_s16(sa)));
-    float32x4_t nHi = vcvtq_f32_s32(vmull_s16(vget_high_s16(diff), vget_high_s16(sa)));
-    float32x4_t const hLo = vreinterpretq_f32_u32(vorrq_u32(vandq_u32(vreinterpretq_u32_f32(nLo), sign), half));
-    float32x4_t const hHi = vreinterpretq_f32_u32(vorrq_u32(vandq_u32(vreinterpretq_u32_f32(nHi), sign), half));
-    int32x4_t const qLo = vcvtq_s32_f32(vmulq_f32(vaddq_f32(nLo, hLo), rcpLo));
-    int32x4_t const qHi = vcvtq_s32_f32(vmulq_f32(vaddq_f32(nHi, hHi), rcpHi));
+    float32x4_t const nLo = vcvtq_f32_s32(vmull_s16(vget_low_s16(diff), vget_low_s16(sa)));
+    float32x4_t const nHi = vcvtq_f32_s32(vmull_s16(vget_high_s16(diff), vget_high_s16(sa)));
+    int32x4_t const qLo = vcvtq_s32_f32(vmulq_f32(nLo, rcpLo));
+    int32x4_t const qHi = vcvtq_s32_f32(vmulq_f32(nHi, rcpHi));
     int16x8_t const q = vcombine_s16(vmovn_s32(qLo), vmovn_s32(qHi));
     return vmovn_u16(vreinterpretq_u16_s16(vaddq_s16(dc16, q)));
 }
 
+// Two Newton steps take the 8-bit estimate to about 2^-22; the bias keeps
+// the result above 1 / f.
 inline float32x4_t Reciprocal(float32x4_t f)
 {
     float32x4_t r = vrecpeq_f32(f);
     r = vmulq_f32(vrecpsq_f32(f, r), r);
     r = vmulq_f32(vrecpsq_f32(f, r), r);
-    return r;
+    return vmulq_f32(r, vdupq_n_f32(1.0f + 1.0f / 262144.0f));
 }
 
 inline bool AllEqual(uint8x8_t v, std::uint64_t pattern)

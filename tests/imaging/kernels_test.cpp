@@ -68,21 +68,26 @@ TEST(Kernels, BlendRowsMatchScalar)
             ASSERT_EQ(got, want) << "n=" << n;
         }
     }
-    // Every source and destination alpha against the extreme colour gaps.
+    // Every source alpha, destination alpha and colour difference: the
+    // vector paths divide by reciprocals, so each quotient is checked.
     Bytes src(256 * 4), dst(256 * 4);
     for (int da = 0; da < 256; ++da) {
         for (int sa = 0; sa < 256; ++sa) {
-            unsigned char const s[4] = {0, 255, static_cast<unsigned char>(sa * 3), static_cast<unsigned char>(sa)};
-            unsigned char const d[4] = {255, 0, static_cast<unsigned char>(da), static_cast<unsigned char>(da)};
-            std::copy_n(s, 4, &src[4 * sa]);
-            std::copy_n(d, 4, &dst[4 * sa]);
-        }
-        Bytes want = dst;
-        BlendRowArgbScalar(want.data(), src.data(), 256);
-        for (BlendFn fn : k.blend) {
-            Bytes got = dst;
-            fn(got.data(), src.data(), 256);
-            ASSERT_EQ(got, want) << "da=" << da;
+            for (int i = 0; i < 256; ++i) {
+                unsigned char const s[4] = {static_cast<unsigned char>(i), static_cast<unsigned char>(i),
+                                            static_cast<unsigned char>(255 - i), static_cast<unsigned char>(sa)};
+                unsigned char const d[4] = {0, 255, static_cast<unsigned char>(i ^ 0x5A),
+                                            static_cast<unsigned char>(da)};
+                std::copy_n(s, 4, &src[4 * i]);
+                std::copy_n(d, 4, &dst[4 * i]);
+            }
+            Bytes want = dst;
+            BlendRowArgbScalar(want.data(), src.data(), 256);
+            for (BlendFn fn : k.blend) {
+                Bytes got = dst;
+                fn(got.data(), src.data(), 256);
+                ASSERT_EQ(got, want) << "sa=" << sa << " da=" << da;
+            }
         }
     }
 }
