@@ -36,26 +36,26 @@ TEST(Drawing, CopiesTheCommonSizeBetweenCorners)
 TEST(Drawing, BlendFollowsItsOwnFormula)
 {
     // Alpha 128 over opaque: each channel moves by (sc - dc) * 128 / 255.
-    std::uint32_t const d = 0xFF102030u, s = 0x80F0A010u;
     Bytes px(4), sp(4);
-    PutWord(px, 0, d);
-    PutWord(sp, 0, s);
-    tagRECT const one = {0, 0, 1, 1};
+    PutWord(px, 0, 0xFF102030u);
+    PutWord(sp, 0, 0x80F0A010u);
+    tagRECT const one = {0, 0, 1, 1}, row = {0, 0, 256, 1};
     AlphaDrawBufferOnBuffer_ARGB(px.data(), one, 4, sp.data(), one, 4);
     EXPECT_EQ(Word(px, 0), 0xFF806020u);
 
-    // Every pair of alphas, with channel differences of both signs; rows of
-    // 256 pixels run through the vector path.
+    // Every pair of alphas with every colour difference: the vector paths
+    // divide through reciprocals, so each quotient is checked.
     Bytes src(256 * 4), dst(256 * 4), want(256 * 4);
-    tagRECT const row = {0, 0, 256, 1};
     for (std::uint32_t da = 0; da < 256; ++da) {
-        for (std::uint32_t i = 0; i < 256; ++i) {
-            PutWord(src, 4 * i, i << 24 | ((i * 13) & 255) << 16 | (255 - i) << 8 | ((i * 7) & 255));
-            PutWord(dst, 4 * i, da << 24 | (255 - da) << 16 | (i ^ da) << 8 | ((da * 5 + i) & 255));
-            PutWord(want, 4 * i, ExpectedBlend(Word(dst, 4 * i), Word(src, 4 * i)));
+        for (std::uint32_t sa = 0; sa < 256; ++sa) {
+            for (std::uint32_t i = 0; i < 256; ++i) {
+                PutWord(src, 4 * i, sa << 24 | (i ^ 0x5A) << 16 | (255 - i) << 8 | i);
+                PutWord(dst, 4 * i, da << 24 | i << 16 | 255 << 8);
+                PutWord(want, 4 * i, ExpectedBlend(Word(dst, 4 * i), Word(src, 4 * i)));
+            }
+            AlphaDrawBufferOnBuffer_ARGB(dst.data(), row, 0, src.data(), row, 0);
+            ASSERT_EQ(dst, want) << "sa=" << sa << " da=" << da;
         }
-        AlphaDrawBufferOnBuffer_ARGB(dst.data(), row, 0, src.data(), row, 0);
-        ASSERT_EQ(dst, want) << "da=" << da;
     }
 }
 
@@ -74,27 +74,16 @@ TEST(Drawing, BlendsClippedAreas)
     EXPECT_EQ(dst, want);
 }
 
+// The whole-buffer stretch tests below take their expectations from
+// ExpectedSteps; pin it to known sequences first.
 TEST(Drawing, StretchStepsThroughSourceColumnsAndRows)
 {
-    struct Seq {
-        int sw, dw;
-        std::vector<int> cols;
-    };
-    Seq const seqs[] = {{2, 4, {0, 0, 1, 1}}, {3, 5, {0, 0, 1, 2, 2}}, {4, 2, {0, 1}},
-                        {8, 2, {0, 2}},       {5, 3, {0, 1, 3}},       {10, 4, {0, 2, 4, 7}}};
-    for (Seq const& q : seqs) {
-        Bytes src(q.sw);
-        for (int i = 0; i < q.sw; ++i)
-            src[i] = static_cast<unsigned char>(i);
-        Bytes dst(q.dw, 0xEE);
-        tagRECT const sr = {0, 0, q.sw, 1}, dr = {0, 0, q.dw, 1};
-        StretchBufferOnBuffer(dst.data(), dr, q.dw, src.data(), sr, q.sw, 1);
-        EXPECT_EQ(std::vector<int>(dst.begin(), dst.end()), q.cols) << q.sw << " onto " << q.dw;
-        // The same along a column.
-        tagRECT const sc = {0, 0, 1, q.sw}, dc = {0, 0, 1, q.dw};
-        StretchBufferOnBuffer(dst.data(), dc, 1, src.data(), sc, 1, 1);
-        EXPECT_EQ(std::vector<int>(dst.begin(), dst.end()), q.cols);
-    }
+    EXPECT_EQ(ExpectedSteps(2, 4), std::vector<int>({0, 0, 1, 1}));
+    EXPECT_EQ(ExpectedSteps(3, 5), std::vector<int>({0, 0, 1, 2, 2}));
+    EXPECT_EQ(ExpectedSteps(4, 2), std::vector<int>({0, 1}));
+    EXPECT_EQ(ExpectedSteps(8, 2), std::vector<int>({0, 2}));
+    EXPECT_EQ(ExpectedSteps(5, 3), std::vector<int>({0, 1, 3}));
+    EXPECT_EQ(ExpectedSteps(10, 4), std::vector<int>({0, 2, 4, 7}));
     // The stepping never reads past the source.
     for (int s = 1; s < 120; ++s)
         for (int d = 1; d < 120; ++d)
@@ -188,9 +177,6 @@ TEST(Drawing, MaskTintAndColourFill)
         for (int x = 3; x < 26; ++x)
             PutWord(want, y * dp + x * 4, 0x12345678u);
     EXPECT_EQ(dst, want);
-    tagRECT const flat = {3, 2, 26, 2};
-    DrawColorOnBuffer(0u, dst.data(), &flat, dp);
-    EXPECT_EQ(dst, want);
 }
 
 // Pixels a square brush of lw covers at each corner position, including
@@ -219,36 +205,36 @@ TEST(Drawing, LinesSweepASquareBrush)
 {
     int const w = 24, h = 16;
     unsigned char const brush[4] = {7, 7, 7, 7};
-    Bytes buf(w * h, 0);
-    DrawLineOnBuffer(buf.data(), tagPOINT{5, 4}, tagPOINT{5, 4}, w, h, w, 1, 3, brush);
-    EXPECT_EQ(Painted(buf, w, h), Swept({{5, 4}}, 3));
-
-    // Shallow, steep and backwards lines.
-    buf.assign(w * h, 0);
-    DrawLineOnBuffer(buf.data(), tagPOINT{2, 3}, tagPOINT{8, 5}, w, h, w, 1, 2, brush);
-    EXPECT_EQ(Painted(buf, w, h), Swept({{2, 3}, {3, 3}, {3, 4}, {4, 4}, {5, 4}, {6, 4}, {6, 5}, {7, 5}, {8, 5}}, 2));
-    buf.assign(w * h, 0);
-    DrawLineOnBuffer(buf.data(), tagPOINT{9, 10}, tagPOINT{7, 5}, w, h, w, 1, 3, brush);
-    EXPECT_EQ(Painted(buf, w, h), Swept({{9, 10}, {9, 9}, {8, 9}, {8, 8}, {8, 7}, {7, 7}, {7, 6}, {7, 5}}, 3));
-
-    // End points are pulled inside so the whole brush fits.
-    buf.assign(w * h, 0);
-    DrawLineOnBuffer(buf.data(), tagPOINT{-5, 20}, tagPOINT{100, 20}, w, h, w, 1, 2, brush);
-    std::vector<std::pair<int, int>> along;
+    struct Case {
+        tagPOINT from, to;
+        int lw;
+        std::vector<std::pair<int, int>> corners;  // where the brush's corner passes
+    };
+    std::vector<std::pair<int, int>> along;  // clamped so the brush fits
     for (int x = 0; x <= w - 3; ++x)
         along.push_back({x, h - 3});
-    EXPECT_EQ(Painted(buf, w, h), Swept(along, 2));
+    Case const cases[] = {
+        {{5, 4}, {5, 4}, 3, {{5, 4}}},
+        {{2, 3}, {8, 5}, 2, {{2, 3}, {3, 3}, {3, 4}, {4, 4}, {5, 4}, {6, 4}, {6, 5}, {7, 5}, {8, 5}}},
+        {{9, 10}, {7, 5}, 3, {{9, 10}, {9, 9}, {8, 9}, {8, 8}, {8, 7}, {7, 7}, {7, 6}, {7, 5}}},
+        {{-5, 20}, {100, 20}, 2, along},
+    };
+    for (Case const& c : cases) {
+        Bytes buf(w * h, 0);
+        DrawLineOnBuffer(buf.data(), c.from, c.to, w, h, w, 1, c.lw, brush);
+        EXPECT_EQ(Painted(buf, w, h), Swept(c.corners, c.lw)) << c.from.x << "," << c.from.y;
+    }
 
     // Each brush row carries the brush's pixels in order.
     Bytes rgb(w * h * 3, 0);
     unsigned char const stripes[6] = {1, 2, 3, 4, 5, 6};
-    DrawLineOnBuffer(rgb.data(), tagPOINT{3, 3}, tagPOINT{3, 3}, w, h, w * 3, 3, 2, stripes);
-    for (int y = 3; y < 5; ++y)
-        EXPECT_EQ(0, std::memcmp(&rgb[(y * w + 3) * 3], stripes, 6));
+    DrawLineOnBuffer(rgb.data(), {3, 3}, {3, 3}, w, h, w * 3, 3, 2, stripes);
+    EXPECT_EQ(Bytes(&rgb[(3 * w + 3) * 3], &rgb[(3 * w + 5) * 3]), Bytes(stripes, stripes + 6));
+    EXPECT_EQ(Bytes(&rgb[(4 * w + 3) * 3], &rgb[(4 * w + 5) * 3]), Bytes(stripes, stripes + 6));
 
     // A brush that cannot fit draws nothing.
     Bytes tiny(9, 0);
-    DrawLineOnBuffer(tiny.data(), tagPOINT{0, 0}, tagPOINT{2, 2}, 3, 3, 3, 1, 3, brush);
+    DrawLineOnBuffer(tiny.data(), {0, 0}, {2, 2}, 3, 3, 3, 1, 3, brush);
     EXPECT_EQ(tiny, Bytes(9, 0));
 }
 
