@@ -6,8 +6,10 @@
 // at (x, y) starts at base + y * pitch + x * bpp. 32-bit pixels are ARGB words
 // (bytes B, G, R, A in memory), not premultiplied, alpha 255 opaque.
 // Nothing here reports errors or allocates buffers for the caller; sizes
-// below 1 do nothing. Source and destination must not overlap unless a
-// function says otherwise.
+// below 1 do nothing. The copy, blend and stretch functions accept source and
+// destination areas in one buffer, even overlapping: they then go row by row
+// from the top, reading what earlier rows wrote. Rotations need distinct
+// buffers.
 
 #include <palvet/core/export.h>
 #include <palvet/imaging/geometry.h>
