@@ -264,11 +264,9 @@ void SetAlphaBufferColor_ARGB(unsigned int color, unsigned char* dst, tagRECT co
     std::uint32_t const a = color >> 24;
     unsigned char* d = PixelAt(dst, dstRect.left, dstRect.top, dstPitch, 4);
     unsigned char const* m = PixelAt(mask, maskRect.left, maskRect.top, maskPitch, 1);
-    for (int y = 0; y < h; ++y, d += dstPitch, m += maskPitch) {
-        // A shift, not a division by 255: full mask and alpha give 254.
-        for (int x = 0; x < w; ++x)
-            StoreU32(d + 4 * x, rgb | ((a * m[x]) >> 8) << 24);
-    }
+    // A shift, not a division by 255: full mask and alpha give 254.
+    for (int y = 0; y < h; ++y, d += dstPitch, m += maskPitch)
+        palvet::detail::TintRow32(d, m, w, rgb, a);
 }
 
 void DrawColorOnBuffer(unsigned int color, unsigned char* dst, tagRECT const* rect, int pitch)
@@ -278,10 +276,8 @@ void DrawColorOnBuffer(unsigned int color, unsigned char* dst, tagRECT const* re
     if (w < 1 || h < 1)
         return;
     unsigned char* d = PixelAt(dst, rect->left, rect->top, pitch, 4);
-    for (int y = 0; y < h; ++y, d += pitch) {
-        for (int x = 0; x < w; ++x)
-            StoreU32(d + 4 * x, color);
-    }
+    for (int y = 0; y < h; ++y, d += pitch)
+        palvet::detail::FillRow32(d, w, color);
 }
 
 namespace {

@@ -40,13 +40,10 @@ void MemsetBuffer(unsigned char* buf, int x, int y, int w, int h, int bpp, int p
 void ConvertAlphaToRGB32Buffer(unsigned char const* alpha, int alphaPitch, unsigned char* dst, int dstPitch,
                                int w, int h, unsigned int color)
 {
-    std::uint32_t const rgb = color & 0xFFFFFFu;
-    for (int y = 0; y < h; ++y) {
-        unsigned char const* a = Row(alpha, y, alphaPitch);
-        unsigned char* d = Row(dst, y, dstPitch);
-        for (int x = 0; x < w; ++x)
-            StoreU32(d + 4 * x, rgb | static_cast<std::uint32_t>(a[x]) << 24);
-    }
+    if (w < 1)
+        return;
+    for (int y = 0; y < h; ++y)
+        palvet::detail::MaskRow32(Row(dst, y, dstPitch), Row(alpha, y, alphaPitch), w, color & 0xFFFFFFu);
 }
 
 void ConvertAlphaToRGB24Buffer(unsigned char const* alpha, int alphaPitch, unsigned char* dst, int dstPitch,

@@ -129,6 +129,56 @@ void Rgb32ToRgb24Row(unsigned char const* src, unsigned char* dst, int n, bool s
     Rgb32ToRgb24RowScalar(src, dst, n, swap);
 }
 
+// On x86 the compiler vectorises these loops itself; 32-bit ARM needs the
+// NEON versions, since only the *_neon files may use NEON.
+#if (defined(__arm__) || defined(__aarch64__))
+#define PALVET_NEON_DISPATCH(call)  \
+    if (CpuHasNeon()) {             \
+        call;                       \
+        return;                     \
+    }
+#else
+#define PALVET_NEON_DISPATCH(call)
+#endif
+
+void MaskRow32Scalar(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb)
+{
+    for (int i = 0; i < n; ++i)
+        StoreU32(d + 4 * i, rgb | static_cast<std::uint32_t>(m[i]) << 24);
+}
+
+void MaskRow32(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb)
+{
+    PALVET_NEON_DISPATCH(MaskRow32Neon(d, m, n, rgb))
+    MaskRow32Scalar(d, m, n, rgb);
+}
+
+void TintRow32Scalar(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha)
+{
+    for (int i = 0; i < n; ++i)
+        StoreU32(d + 4 * i, rgb | ((alpha * m[i]) >> 8) << 24);
+}
+
+void TintRow32(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha)
+{
+    PALVET_NEON_DISPATCH(TintRow32Neon(d, m, n, rgb, alpha))
+    TintRow32Scalar(d, m, n, rgb, alpha);
+}
+
+void FillRow32Scalar(unsigned char* d, int n, std::uint32_t color)
+{
+    for (int i = 0; i < n; ++i)
+        StoreU32(d + 4 * i, color);
+}
+
+void FillRow32(unsigned char* d, int n, std::uint32_t color)
+{
+    PALVET_NEON_DISPATCH(FillRow32Neon(d, n, color))
+    FillRow32Scalar(d, n, color);
+}
+
+#undef PALVET_NEON_DISPATCH
+
 void RotateBytes(unsigned char const* src, unsigned char* dst, int w, int h, int unit, int degrees)
 {
     if (w < 1 || h < 1 || unit < 1)

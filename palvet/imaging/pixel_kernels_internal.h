@@ -134,6 +134,15 @@ void Rgb24ToRgb32Row(unsigned char const* src, unsigned char* dst, int n, bool s
 void Rgb32ToRgb24RowScalar(unsigned char const* src, unsigned char* dst, int n, bool swap);
 void Rgb32ToRgb24Row(unsigned char const* src, unsigned char* dst, int n, bool swap);
 
+// Rows of n 32-bit pixels from a one-byte mask m: rgb | m << 24 (Mask), or
+// rgb | ((alpha * m) >> 8) << 24 (Tint); and a plain fill.
+void MaskRow32Scalar(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb);
+void MaskRow32(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb);
+void TintRow32Scalar(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha);
+void TintRow32(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha);
+void FillRow32Scalar(unsigned char* d, int n, std::uint32_t color);
+void FillRow32(unsigned char* d, int n, std::uint32_t color);
+
 // Rotates a tightly packed w x h image of N-byte units by 90 (clockwise),
 // 180 or 270 degrees: the unit at column c of row r goes to offset
 // c * h + (h - 1 - r), (w - 1 - c) * h + r, or (h - 1 - r) * w + (w - 1 - c).
@@ -208,6 +217,9 @@ void Rotate32Sse2(unsigned char const* src, unsigned char* dst, int w, int h, in
 void BlendRowArgbNeon(unsigned char* dst, unsigned char const* src, int n);
 void Rgb24ToRgb32RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap);
 void Rgb32ToRgb24RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap);
+void MaskRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb);
+void TintRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha);
+void FillRow32Neon(unsigned char* d, int n, std::uint32_t color);
 void Rotate32Neon(unsigned char const* src, unsigned char* dst, int w, int h, int degrees);
 #endif
 

@@ -132,6 +132,44 @@ void Rgb32ToRgb24RowNeon(unsigned char const* src, unsigned char* dst, int n, bo
     Rgb32ToRgb24RowScalar(src + 4 * i, dst + 3 * i, n - i, swap);
 }
 
+void MaskRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb)
+{
+    uint8x8x4_t px;
+    px.val[0] = vdup_n_u8(static_cast<std::uint8_t>(rgb));
+    px.val[1] = vdup_n_u8(static_cast<std::uint8_t>(rgb >> 8));
+    px.val[2] = vdup_n_u8(static_cast<std::uint8_t>(rgb >> 16));
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        px.val[3] = vld1_u8(m + i);
+        vst4_u8(d + 4 * i, px);
+    }
+    MaskRow32Scalar(d + 4 * i, m + i, n - i, rgb);
+}
+
+void TintRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha)
+{
+    uint8x8x4_t px;
+    px.val[0] = vdup_n_u8(static_cast<std::uint8_t>(rgb));
+    px.val[1] = vdup_n_u8(static_cast<std::uint8_t>(rgb >> 8));
+    px.val[2] = vdup_n_u8(static_cast<std::uint8_t>(rgb >> 16));
+    uint8x8_t const a = vdup_n_u8(static_cast<std::uint8_t>(alpha));
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        px.val[3] = vshrn_n_u16(vmull_u8(vld1_u8(m + i), a), 8);
+        vst4_u8(d + 4 * i, px);
+    }
+    TintRow32Scalar(d + 4 * i, m + i, n - i, rgb, alpha);
+}
+
+void FillRow32Neon(unsigned char* d, int n, std::uint32_t color)
+{
+    uint8x16_t const v = vreinterpretq_u8_u32(vdupq_n_u32(color));
+    int i = 0;
+    for (; i + 4 <= n; i += 4)
+        vst1q_u8(d + 4 * i, v);
+    FillRow32Scalar(d + 4 * i, n - i, color);
+}
+
 void Rotate32Neon(unsigned char const* src, unsigned char* dst, int w, int h, int degrees)
 {
     if (w < 1 || h < 1)
