@@ -109,16 +109,21 @@ void Rgb24ToRgb32RowAvx2(unsigned char const* src, unsigned char* dst, int n, bo
         : _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1,
                            0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
     __m256i const alpha = _mm256_set1_epi32(static_cast<int>(0xFF000000u));
-    int i = 0;
-    // The second 16-byte load reads 4 bytes past the 8 pixels it converts,
-    // so stop while at least 10 pixels remain.
-    for (; i + 10 <= n; i += 8) {
-        unsigned char const* s = src + 3 * i;
+    auto const eight = [&](unsigned char const* s, unsigned char* d) {
         __m128i const lo = _mm_loadu_si128(reinterpret_cast<__m128i const*>(s));
         __m128i const hi = _mm_loadu_si128(reinterpret_cast<__m128i const*>(s + 12));
         __m256i const v = _mm256_inserti128_si256(_mm256_castsi128_si256(lo), hi, 1);
-        Store(dst + 4 * i, _mm256_or_si256(_mm256_shuffle_epi8(v, shuffle), alpha));
+        Store(d, _mm256_or_si256(_mm256_shuffle_epi8(v, shuffle), alpha));
+    };
+    int i = 0;
+    // The second 16-byte load of each 8 pixels reads 4 bytes past them, so
+    // stop while at least 2 more pixels remain.
+    for (; i + 18 <= n; i += 16) {
+        eight(src + 3 * i, dst + 4 * i);
+        eight(src + 3 * i + 24, dst + 4 * i + 32);
     }
+    for (; i + 10 <= n; i += 8)
+        eight(src + 3 * i, dst + 4 * i);
     Rgb24ToRgb32RowScalar(src + 3 * i, dst + 4 * i, n - i, swap);
 }
 
