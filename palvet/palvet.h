@@ -11,6 +11,8 @@
 #include <palvet/core/export.h>
 #include <palvet/files/file_utils.h>
 #include <palvet/imaging/bmp.h>
+#include <palvet/imaging/drawing.h>
+#include <palvet/imaging/geometry.h>
 #include <palvet/text/buffer.h>
 #include <palvet/text/simple_string.h>
 #include <palvet/text/text_utils.h>

@@ -1,0 +1,234 @@
+// NEON row and block kernels. Built with -mfpu=neon on 32-bit ARM; only
+// called after CpuHasNeon().
+#include <palvet/imaging/pixel_kernels_internal.h>
+
+#if defined(__ARM_NEON) || defined(__ARM_NEON__)
+#include <arm_neon.h>
+
+namespace palvet::detail {
+
+namespace {
+
+// dc + (sc - dc) * sa / outA, truncated toward zero, for 8 pixels of one
+// channel. The quotient is at most 255 in magnitude and, when not whole, at
+// least 1 / 255 away from the next integer up. The reciprocals are 1 / outA
+// enlarged by about 2^-18, so n * rcp never falls below the exact quotient
+// in magnitude and exceeds it by far less than 1 / 255: truncation gives
+// the integer result.
+inline uint8x8_t BlendChannel(uint8x8_t sc, uint8x8_t dc, int16x8_t sa, float32x4_t rcpLo, float32x4_t rcpHi)
+{
+    int16x8_t const dc16 = vreinterpretq_s16_u16(vmovl_u8(dc));
+    int16x8_t const diff = vsubq_s16(vreinterpretq_s16_u16(vmovl_u8(sc)), dc16);
+    float32x4_t const nLo = vcvtq_f32_s32(vmull_s16(vget_low_s16(diff), vget_low_s16(sa)));
+    float32x4_t const nHi = vcvtq_f32_s32(vmull_s16(vget_high_s16(diff), vget_high_s16(sa)));
+    int32x4_t const qLo = vcvtq_s32_f32(vmulq_f32(nLo, rcpLo));
+    int32x4_t const qHi = vcvtq_s32_f32(vmulq_f32(nHi, rcpHi));
+    int16x8_t const q = vcombine_s16(vmovn_s32(qLo), vmovn_s32(qHi));
+    return vmovn_u16(vreinterpretq_u16_s16(vaddq_s16(dc16, q)));
+}
+
+// Two Newton steps take the 8-bit estimate to about 2^-22; the bias keeps
+// the result above 1 / f.
+inline float32x4_t Reciprocal(float32x4_t f)
+{
+    float32x4_t r = vrecpeq_f32(f);
+    r = vmulq_f32(vrecpsq_f32(f, r), r);
+    r = vmulq_f32(vrecpsq_f32(f, r), r);
+    return vmulq_f32(r, vdupq_n_f32(1.0f + 1.0f / 262144.0f));
+}
+
+inline bool AllEqual(uint8x8_t v, std::uint64_t pattern)
+{
+    return vget_lane_u64(vreinterpret_u64_u8(v), 0) == pattern;
+}
+
+inline uint32x4_t Load(unsigned char const* p)
+{
+    return vreinterpretq_u32_u8(vld1q_u8(p));
+}
+
+inline void Store(unsigned char* p, uint32x4_t v)
+{
+    vst1q_u8(p, vreinterpretq_u8_u32(v));
+}
+
+inline void Transpose4(uint32x4_t& a0, uint32x4_t& a1, uint32x4_t& a2, uint32x4_t& a3)
+{
+    uint32x4x2_t const t01 = vtrnq_u32(a0, a1);
+    uint32x4x2_t const t23 = vtrnq_u32(a2, a3);
+    a0 = vcombine_u32(vget_low_u32(t01.val[0]), vget_low_u32(t23.val[0]));
+    a1 = vcombine_u32(vget_low_u32(t01.val[1]), vget_low_u32(t23.val[1]));
+    a2 = vcombine_u32(vget_high_u32(t01.val[0]), vget_high_u32(t23.val[0]));
+    a3 = vcombine_u32(vget_high_u32(t01.val[1]), vget_high_u32(t23.val[1]));
+}
+
+inline void MoveOne(unsigned char const* src, unsigned char* dst, std::ptrdiff_t W, std::ptrdiff_t H,
+                    std::ptrdiff_t r, std::ptrdiff_t c, int degrees)
+{
+    std::ptrdiff_t const to = degrees == 90 ? c * H + (H - 1 - r) : (W - 1 - c) * H + r;
+    StoreU32(dst + to * 4, LoadU32(src + (r * W + c) * 4));
+}
+
+}  // namespace
+
+void BlendRowArgbNeon(unsigned char* dst, unsigned char const* src, int n)
+{
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        uint8x8x4_t const s = vld4_u8(src + 4 * i);
+        // Interface images are mostly fully opaque or fully clear.
+        if (AllEqual(s.val[3], ~std::uint64_t(0))) {
+            vst4_u8(dst + 4 * i, s);
+            continue;
+        }
+        if (AllEqual(s.val[3], 0))
+            continue;
+        uint8x8x4_t const d = vld4_u8(dst + 4 * i);
+        uint16x8_t const sa16 = vmovl_u8(s.val[3]);
+        uint16x8_t const x = vmull_u8(s.val[3], d.val[3]);
+        // x / 255 for x <= 65025 is (x + (x >> 8) + 1) >> 8.
+        uint16x8_t const a = vshrq_n_u16(vaddq_u16(vaddq_u16(x, vshrq_n_u16(x, 8)), vdupq_n_u16(1)), 8);
+        uint16x8_t const outA = vsubq_u16(vaddq_u16(sa16, vmovl_u8(d.val[3])), a);
+        // outA is 0 only where both alphas are 0; those pixels keep d below.
+        float32x4_t const rcpLo = Reciprocal(vcvtq_f32_u32(vmovl_u16(vget_low_u16(outA))));
+        float32x4_t const rcpHi = Reciprocal(vcvtq_f32_u32(vmovl_u16(vget_high_u16(outA))));
+        int16x8_t const sa = vreinterpretq_s16_u16(sa16);
+        uint8x8_t const keep = vceq_u8(s.val[3], vdup_n_u8(0));
+        uint8x8x4_t out;
+        for (int c = 0; c < 3; ++c)
+            out.val[c] = vbsl_u8(keep, d.val[c], BlendChannel(s.val[c], d.val[c], sa, rcpLo, rcpHi));
+        out.val[3] = vbsl_u8(keep, d.val[3], vmovn_u16(outA));
+        vst4_u8(dst + 4 * i, out);
+    }
+    BlendRowArgbScalar(dst + 4 * i, src + 4 * i, n - i);
+}
+
+void Rgb24ToRgb32RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap)
+{
+    int i = 0;
+    for (; i + 16 <= n; i += 16) {
+        uint8x16x3_t const s = vld3q_u8(src + 3 * i);
+        uint8x16x4_t d;
+        d.val[0] = swap ? s.val[2] : s.val[0];
+        d.val[1] = s.val[1];
+        d.val[2] = swap ? s.val[0] : s.val[2];
+        d.val[3] = vdupq_n_u8(0xFF);
+        vst4q_u8(dst + 4 * i, d);
+    }
+    Rgb24ToRgb32RowScalar(src + 3 * i, dst + 4 * i, n - i, swap);
+}
+
+void Rgb32ToRgb24RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap)
+{
+    int i = 0;
+    for (; i + 16 <= n; i += 16) {
+        uint8x16x4_t const s = vld4q_u8(src + 4 * i);
+        uint8x16x3_t d;
+        d.val[0] = swap ? s.val[2] : s.val[0];
+        d.val[1] = s.val[1];
+        d.val[2] = swap ? s.val[0] : s.val[2];
+        vst3q_u8(dst + 3 * i, d);
+    }
+    Rgb32ToRgb24RowScalar(src + 4 * i, dst + 3 * i, n - i, swap);
+}
+
+void MaskRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb)
+{
+    uint8x8x4_t px;
+    px.val[0] = vdup_n_u8(static_cast<std::uint8_t>(rgb));
+    px.val[1] = vdup_n_u8(static_cast<std::uint8_t>(rgb >> 8));
+    px.val[2] = vdup_n_u8(static_cast<std::uint8_t>(rgb >> 16));
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        px.val[3] = vld1_u8(m + i);
+        vst4_u8(d + 4 * i, px);
+    }
+    MaskRow32Scalar(d + 4 * i, m + i, n - i, rgb);
+}
+
+void TintRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha)
+{
+    uint8x8x4_t px;
+    px.val[0] = vdup_n_u8(static_cast<std::uint8_t>(rgb));
+    px.val[1] = vdup_n_u8(static_cast<std::uint8_t>(rgb >> 8));
+    px.val[2] = vdup_n_u8(static_cast<std::uint8_t>(rgb >> 16));
+    uint8x8_t const a = vdup_n_u8(static_cast<std::uint8_t>(alpha));
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        px.val[3] = vshrn_n_u16(vmull_u8(vld1_u8(m + i), a), 8);
+        vst4_u8(d + 4 * i, px);
+    }
+    TintRow32Scalar(d + 4 * i, m + i, n - i, rgb, alpha);
+}
+
+void FillRow32Neon(unsigned char* d, int n, std::uint32_t color)
+{
+    uint8x16_t const v = vreinterpretq_u8_u32(vdupq_n_u32(color));
+    int i = 0;
+    for (; i + 4 <= n; i += 4)
+        vst1q_u8(d + 4 * i, v);
+    FillRow32Scalar(d + 4 * i, n - i, color);
+}
+
+void Rotate32Neon(unsigned char const* src, unsigned char* dst, int w, int h, int degrees)
+{
+    if (w < 1 || h < 1)
+        return;
+    std::ptrdiff_t const W = w, H = h;
+    if (degrees == 180) {
+        for (std::ptrdiff_t r = 0; r < H; ++r) {
+            unsigned char const* s = src + r * W * 4;
+            unsigned char* d = dst + ((H - 1 - r) * W + W) * 4;  // one past the row's end
+            std::ptrdiff_t c = 0;
+            for (; c + 4 <= W; c += 4) {
+                uint32x4_t const v = vrev64q_u32(Load(s + c * 4));
+                Store(d - (c + 4) * 4, vcombine_u32(vget_high_u32(v), vget_low_u32(v)));
+            }
+            for (; c < W; ++c)
+                StoreU32(d - (c + 1) * 4, LoadU32(s + c * 4));
+        }
+        return;
+    }
+    if (degrees != 90 && degrees != 270)
+        return;
+
+    std::ptrdiff_t const H4 = H & ~std::ptrdiff_t(3), W4 = W & ~std::ptrdiff_t(3);
+    constexpr std::ptrdiff_t kStrip = 32;
+    for (std::ptrdiff_t cs = 0; cs < W4; cs += kStrip) {
+        std::ptrdiff_t const ce = cs + kStrip < W4 ? cs + kStrip : W4;
+        for (std::ptrdiff_t r = 0; r < H4; r += 4) {
+            unsigned char const* s = src + r * W * 4;
+            for (std::ptrdiff_t c = cs; c < ce; c += 4) {
+                uint32x4_t a0 = Load(s + c * 4);
+                uint32x4_t a1 = Load(s + (W + c) * 4);
+                uint32x4_t a2 = Load(s + (2 * W + c) * 4);
+                uint32x4_t a3 = Load(s + (3 * W + c) * 4);
+                if (degrees == 90) {
+                    Transpose4(a3, a2, a1, a0);
+                    unsigned char* d = dst + (c * H + (H - 4 - r)) * 4;
+                    Store(d, a3);
+                    Store(d + H * 4, a2);
+                    Store(d + 2 * H * 4, a1);
+                    Store(d + 3 * H * 4, a0);
+                } else {
+                    Transpose4(a0, a1, a2, a3);
+                    unsigned char* d = dst + ((W - 1 - c) * H + r) * 4;
+                    Store(d, a0);
+                    Store(d - H * 4, a1);
+                    Store(d - 2 * H * 4, a2);
+                    Store(d - 3 * H * 4, a3);
+                }
+            }
+        }
+    }
+    for (std::ptrdiff_t r = 0; r < H4; ++r)
+        for (std::ptrdiff_t c = W4; c < W; ++c)
+            MoveOne(src, dst, W, H, r, c, degrees);
+    for (std::ptrdiff_t r = H4; r < H; ++r)
+        for (std::ptrdiff_t c = 0; c < W; ++c)
+            MoveOne(src, dst, W, H, r, c, degrees);
+}
+
+}  // namespace palvet::detail
+
+#endif

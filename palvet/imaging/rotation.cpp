@@ -1,0 +1,84 @@
+#include <palvet/imaging/drawing.h>
+
+#include <palvet/imaging/pixel_kernels_internal.h>
+
+using palvet::detail::RotateUnits;
+
+namespace {
+
+void RotatePacked(unsigned char const* src, unsigned char* dst, int w, int h, int bpp, int degrees)
+{
+    switch (bpp) {
+    case 1: RotateUnits<1>(src, dst, w, h, degrees); break;
+    case 2: RotateUnits<2>(src, dst, w, h, degrees); break;
+    case 3: RotateUnits<3>(src, dst, w, h, degrees); break;
+    case 4: palvet::detail::Rotate32(src, dst, w, h, degrees); break;
+    default: palvet::detail::RotateBytes(src, dst, w, h, bpp, degrees); break;
+    }
+}
+
+// Y plane full size; chroma planes (planar: U and V bytes; semi-planar: one
+// plane of U, V pairs) at half size in each direction.
+void RotateYuv420(unsigned char** src, unsigned char** dst, int w, int h, bool semiPlanar, int degrees)
+{
+    if (w < 1 || h < 1)
+        return;
+    RotateUnits<1>(src[0], dst[0], w, h, degrees);
+    int const cw = w / 2;
+    int const ch = h / 2;
+    if (cw < 1 || ch < 1)
+        return;
+    if (semiPlanar) {
+        RotateUnits<2>(src[1], dst[1], cw, ch, degrees);
+    } else {
+        RotateUnits<1>(src[1], dst[1], cw, ch, degrees);
+        RotateUnits<1>(src[2], dst[2], cw, ch, degrees);
+    }
+}
+
+}  // namespace
+
+void RotateYUV420Data_90(unsigned char** src, unsigned char** dst, int w, int h)
+{
+    RotateYuv420(src, dst, w, h, false, 90);
+}
+
+void RotateYUV420Data_180(unsigned char** src, unsigned char** dst, int w, int h)
+{
+    RotateYuv420(src, dst, w, h, false, 180);
+}
+
+void RotateYUV420Data_270(unsigned char** src, unsigned char** dst, int w, int h)
+{
+    RotateYuv420(src, dst, w, h, false, 270);
+}
+
+void RotateYUV420SPData_90(unsigned char** src, unsigned char** dst, int w, int h)
+{
+    RotateYuv420(src, dst, w, h, true, 90);
+}
+
+void RotateYUV420SPData_180(unsigned char** src, unsigned char** dst, int w, int h)
+{
+    RotateYuv420(src, dst, w, h, true, 180);
+}
+
+void RotateYUV420SPData_270(unsigned char** src, unsigned char** dst, int w, int h)
+{
+    RotateYuv420(src, dst, w, h, true, 270);
+}
+
+void RotateRGBData90(unsigned char* src, unsigned char* dst, int w, int h, int bpp)
+{
+    RotatePacked(src, dst, w, h, bpp, 90);
+}
+
+void RotateRGBData180(unsigned char* src, unsigned char* dst, int w, int h, int bpp)
+{
+    RotatePacked(src, dst, w, h, bpp, 180);
+}
+
+void RotateRGBData270(unsigned char* src, unsigned char* dst, int w, int h, int bpp)
+{
+    RotatePacked(src, dst, w, h, bpp, 270);
+}
