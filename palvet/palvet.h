@@ -6,5 +6,6 @@
 #include <palvet/core/clock.h>
 #include <palvet/core/debug_output.h>
 #include <palvet/core/export.h>
+#include <palvet/imaging/color_conversion.h>
 
 #endif

@@ -1,0 +1,112 @@
+#ifndef PALVET_IMAGING_COLOR_CONVERSION_INTERNAL_H
+#define PALVET_IMAGING_COLOR_CONVERSION_INTERNAL_H
+
+// Shared between the table code, the frame conversions and the vectorised row
+// kernels. Not installed.
+
+#include <cstdint>
+
+namespace palvet::detail {
+
+// The vectorised kernels cannot read the lookup tables, so they compute each
+// entry instead: for an index i with d = i - offset (offset 0 for the RGB to
+// YUV tables, 16 for Y and 128 for U and V in the YUV to RGB tables),
+//     entry = (d * k + b) >> shift      (arithmetic shift, i.e. floor)
+// with k and b chosen separately for d < 0 and d >= 0, because the table
+// rounding treats negative products differently. The pairs are searched for
+// when the tables are filled and only used if they reproduce every entry.
+struct TableForm {
+    int16_t kPos, bPos;  // d >= 0
+    int16_t kNeg, bNeg;  // d < 0
+    bool twoPiece;       // the pairs differ
+    bool zero;           // every entry is 0
+};
+
+struct RgbToYuvForms {
+    int shift;
+    TableForm ry, gy, by, ru, gu, bu, rv, gv, bv;
+};
+
+struct YuvToRgbForms {
+    int shift;
+    TableForm yr, ur, vr, yg, ug, vg, yb, ub, vb;
+    bool sharedY;  // yr, yg and yb are the same table
+};
+
+enum class RgbFormat { Rgb24, Rgb565, Rgb555, Argb32 };
+enum class ChromaLayout { C420, C422, C444 };
+
+// One row (or a pair of rows for 4:2:0) of RGB to planar YUV.
+struct RgbToYuvRow {
+    unsigned char const* src[2];  // src[1] only for 4:2:0
+    unsigned char* y[2];          // y[1] only for 4:2:0
+    unsigned char* u;
+    unsigned char* v;
+    int width;  // pixels; even for 4:2:0 and 4:2:2
+    RgbFormat format;
+    ChromaLayout layout;
+    bool swapRB;
+};
+
+// One row (or two rows sharing chroma, for 4:2:0) of planar YUV to RGB.
+struct YuvToRgbRow {
+    unsigned char const* y[2];  // y[1] null when there is one row
+    unsigned char* dst[2];
+    unsigned char const* u;
+    unsigned char const* v;
+    int width;
+    RgbFormat format;  // Rgb24, Rgb565 or Rgb555
+    ChromaLayout layout;
+    bool swapRB;
+};
+
+// One row of packed 4:2:2 to 24-bit RGB or ARGB32.
+struct PackedToRgbRow {
+    unsigned char const* src;
+    unsigned char* dst;
+    unsigned char const* alpha;  // ARGB32 only; null for opaque
+    int pairs;
+    bool yvy;          // V before U
+    RgbFormat format;  // Rgb24 or Argb32
+    bool swapRB;
+};
+
+// A vectorised kernel converts a leading part of the row and returns how many
+// pixels (or chroma bytes, for the splits) it did; scalar code does the rest.
+struct ColourKernels {
+    int (*rgbToYuv)(RgbToYuvRow const& row, RgbToYuvForms const& f);
+    int (*yuvToRgb)(YuvToRgbRow const& row, YuvToRgbForms const& f);
+    int (*packedToRgb)(PackedToRgbRow const& row, YuvToRgbForms const& f);
+    // Interleaved bytes to two planes, and back; counts are byte pairs.
+    int (*splitPairs)(unsigned char const* src, unsigned char* even, unsigned char* odd, int pairs);
+    int (*joinPairs)(unsigned char const* even, unsigned char const* odd, unsigned char* dst, int pairs);
+};
+
+ColourKernels const* ColourKernelsSse2();
+ColourKernels const* ColourKernelsAvx2();
+ColourKernels const* ColourKernelsNeon();
+
+enum class KernelLevel { Auto = -1, Scalar = 0, Sse2OrNeon = 1, Avx2 = 2 };
+
+// Caps the kernels the conversions may use; for tests. Not thread-safe.
+void SetColourKernelLevel(KernelLevel level);
+// Whether the processor has the kernels of the level (Scalar always).
+bool ColourKernelLevelAvailable(KernelLevel level);
+
+// Filled tables whose entries the forms reproduce; null when the fast path
+// must not be used for that direction.
+RgbToYuvForms const* ActiveRgbToYuvForms();
+YuvToRgbForms const* ActiveYuvToRgbForms();
+// The kernels to use, or null for scalar only.
+ColourKernels const* ActiveColourKernels();
+
+// Derives a form for table t (index offset `offset`) at the given shift;
+// false when no pair fits 16 bits or reproduces every entry.
+bool FitTableForm(int const* t, int offset, int shift, TableForm& form);
+int EvalTableForm(TableForm const& form, int shift, int d);
+
+inline int Clamp255(int v) { return v < 0 ? 0 : (v > 255 ? 255 : v); }
+
+}  // namespace palvet::detail
+
+#endif
