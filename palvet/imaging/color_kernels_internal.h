@@ -1,0 +1,304 @@
+#ifndef PALVET_IMAGING_COLOR_KERNELS_INTERNAL_H
+#define PALVET_IMAGING_COLOR_KERNELS_INTERNAL_H
+
+// Row kernels for the colour conversions, written once over an instruction
+// set description `I` and instantiated by each *_sse2/_avx2/_neon source.
+// Everything here has internal linkage so that code built for a wider
+// instruction set can never be merged into a caller built for a narrower one;
+// for the same reason nothing here calls inline library templates.
+//
+// `I` provides a vector V of I::N signed 16-bit lanes and:
+//   Set1, Add, Sub, Max, Min, And, Or, SrlI<n>, SllI<n> (16-bit lanes)
+//   LoadU8 / StoreU8     N bytes <-> N lanes (the store saturates to 0..255)
+//   LoadU16 / StoreU16   N little-endian 16-bit values
+//   MakeForm(even, odd, shift), Eval(d, form)  table entries for d, with the
+//                        form of `even` in even lanes and `odd` in odd lanes
+//   PairSum(a, b)        sums of adjacent lanes of a, then of b
+//   Dup(c, lo, hi)       every lane of c twice, in order
+//   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
+//   LoadRgb24 / StoreRgb24 / StoreArgb   N interleaved pixels (stores saturate)
+//   SplitPairs / JoinPairs               interleaved bytes <-> two planes
+
+#include <palvet/imaging/color_conversion_internal.h>
+
+namespace palvet::detail {
+namespace {
+
+template <class I>
+struct Kernels {
+    using V = typename I::V;
+    using Form = typename I::Form;
+    static constexpr int N = I::N;
+
+    static V Clamp(V v) { return I::Max(I::Min(v, I::Set1(255)), I::Set1(0)); }
+
+    template <RgbFormat F>
+    static constexpr int Bytes()
+    {
+        return F == RgbFormat::Rgb24 ? 3 : (F == RgbFormat::Argb32 ? 4 : 2);
+    }
+
+    template <RgbFormat F>
+    static void LoadPixels(unsigned char const* p, bool swap, V& r, V& g, V& b)
+    {
+        if constexpr (F == RgbFormat::Rgb24) {
+            I::LoadRgb24(p, r, g, b);
+        } else {
+            V const v = I::LoadU16(p);
+            if constexpr (F == RgbFormat::Rgb565) {
+                r = I::template SllI<3>(I::template SrlI<11>(v));
+                g = I::template SllI<2>(I::And(I::template SrlI<5>(v), I::Set1(0x3F)));
+            } else {
+                r = I::template SllI<3>(I::And(I::template SrlI<10>(v), I::Set1(0x1F)));
+                g = I::template SllI<3>(I::And(I::template SrlI<5>(v), I::Set1(0x1F)));
+            }
+            b = I::template SllI<3>(I::And(v, I::Set1(0x1F)));
+        }
+        if (swap) {
+            V t = r;
+            r = b;
+            b = t;
+        }
+    }
+
+    // r, g and b are unclamped sums.
+    template <RgbFormat F>
+    static void StorePixels(unsigned char* p, bool swap, V r, V g, V b)
+    {
+        if (swap) {
+            V t = r;
+            r = b;
+            b = t;
+        }
+        if constexpr (F == RgbFormat::Rgb24) {
+            I::StoreRgb24(p, r, g, b);
+        } else {
+            r = I::template SrlI<3>(Clamp(r));
+            b = I::template SrlI<3>(Clamp(b));
+            V v;
+            if constexpr (F == RgbFormat::Rgb565)
+                v = I::Or(I::Or(I::template SllI<11>(r), I::template SllI<5>(I::template SrlI<2>(Clamp(g)))), b);
+            else
+                v = I::Or(I::Or(I::template SllI<10>(r), I::template SllI<5>(I::template SrlI<3>(Clamp(g)))), b);
+            I::StoreU16(p, v);
+        }
+    }
+
+    struct RgbForms {
+        Form ry, gy, by, ru, gu, bu, rv, gv, bv;
+        explicit RgbForms(RgbToYuvForms const& f)
+            : ry(I::MakeForm(f.ry, f.ry, f.shift)), gy(I::MakeForm(f.gy, f.gy, f.shift)),
+              by(I::MakeForm(f.by, f.by, f.shift)), ru(I::MakeForm(f.ru, f.ru, f.shift)),
+              gu(I::MakeForm(f.gu, f.gu, f.shift)), bu(I::MakeForm(f.bu, f.bu, f.shift)),
+              rv(I::MakeForm(f.rv, f.rv, f.shift)), gv(I::MakeForm(f.gv, f.gv, f.shift)),
+              bv(I::MakeForm(f.bv, f.bv, f.shift)) {}
+    };
+
+    // Y of N pixels is stored; their clamped U and V are returned.
+    template <RgbFormat F>
+    static void RgbBlock(RgbForms const& f, unsigned char const* src, bool swap, unsigned char* y, V& u, V& v)
+    {
+        V r, g, b;
+        LoadPixels<F>(src, swap, r, g, b);
+        I::StoreU8(y, I::Add(I::Add(I::Eval(r, f.ry), I::Eval(g, f.gy)), I::Add(I::Eval(b, f.by), I::Set1(16))));
+        u = Clamp(I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128))));
+        v = Clamp(I::Add(I::Add(I::Eval(r, f.rv), I::Eval(g, f.gv)), I::Add(I::Eval(b, f.bv), I::Set1(128))));
+    }
+
+    template <RgbFormat F, ChromaLayout L>
+    static int RgbToYuv(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        RgbForms const f(forms);
+        constexpr int bytes = Bytes<F>();
+        bool const swap = row.swapRB;
+        int x = 0;
+        if constexpr (L == ChromaLayout::C444) {
+            for (; x + N <= row.width; x += N) {
+                V u, v;
+                RgbBlock<F>(f, row.src[0] + x * bytes, swap, row.y[0] + x, u, v);
+                I::StoreU8(row.u + x, u);
+                I::StoreU8(row.v + x, v);
+            }
+        } else {
+            for (; x + 2 * N <= row.width; x += 2 * N) {
+                V us[2], vs[2];
+                for (int h = 0; h < 2; ++h) {
+                    int const px = x + h * N;
+                    RgbBlock<F>(f, row.src[0] + px * bytes, swap, row.y[0] + px, us[h], vs[h]);
+                    if constexpr (L == ChromaLayout::C420) {
+                        V u1, v1;
+                        RgbBlock<F>(f, row.src[1] + px * bytes, swap, row.y[1] + px, u1, v1);
+                        us[h] = I::Add(us[h], u1);
+                        vs[h] = I::Add(vs[h], v1);
+                    }
+                }
+                constexpr int shift = L == ChromaLayout::C420 ? 2 : 1;
+                I::StoreU8(row.u + x / 2, I::template SrlI<shift>(I::PairSum(us[0], us[1])));
+                I::StoreU8(row.v + x / 2, I::template SrlI<shift>(I::PairSum(vs[0], vs[1])));
+            }
+        }
+        return x;
+    }
+
+    struct YuvForms {
+        Form yr, yg, yb, ur, vr, ug, vg, ub, vb;
+        bool sharedY, zur, zvr, zug, zvg, zub, zvb;
+        explicit YuvForms(YuvToRgbForms const& f)
+            : yr(I::MakeForm(f.yr, f.yr, f.shift)), yg(I::MakeForm(f.yg, f.yg, f.shift)),
+              yb(I::MakeForm(f.yb, f.yb, f.shift)), ur(I::MakeForm(f.ur, f.ur, f.shift)),
+              vr(I::MakeForm(f.vr, f.vr, f.shift)), ug(I::MakeForm(f.ug, f.ug, f.shift)),
+              vg(I::MakeForm(f.vg, f.vg, f.shift)), ub(I::MakeForm(f.ub, f.ub, f.shift)),
+              vb(I::MakeForm(f.vb, f.vb, f.shift)), sharedY(f.sharedY), zur(f.ur.zero),
+              zvr(f.vr.zero), zug(f.ug.zero), zvg(f.vg.zero), zub(f.ub.zero), zvb(f.vb.zero) {}
+
+        V Term(bool zero, V d, Form const& form) const { return zero ? I::Set1(0) : I::Eval(d, form); }
+        void Chroma(V du, V dv, V& cr, V& cg, V& cb) const
+        {
+            cr = I::Add(Term(zur, du, ur), Term(zvr, dv, vr));
+            cg = I::Add(Term(zug, du, ug), Term(zvg, dv, vg));
+            cb = I::Add(Term(zub, du, ub), Term(zvb, dv, vb));
+        }
+        void Luma(V y, V& r, V& g, V& b) const
+        {
+            V const d = I::Sub(y, I::Set1(16));
+            r = I::Eval(d, yr);
+            g = sharedY ? r : I::Eval(d, yg);
+            b = sharedY ? r : I::Eval(d, yb);
+        }
+    };
+
+    template <RgbFormat F, ChromaLayout L>
+    static int YuvToRgb(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        YuvForms const f(forms);
+        constexpr int bytes = Bytes<F>();
+        bool const swap = row.swapRB;
+        int const rows = row.y[1] ? 2 : 1;
+        V const c128 = I::Set1(128);
+        int x = 0;
+        if constexpr (L == ChromaLayout::C444) {
+            for (; x + N <= row.width; x += N) {
+                V cr, cg, cb, yr, yg, yb;
+                f.Chroma(I::Sub(I::LoadU8(row.u + x), c128), I::Sub(I::LoadU8(row.v + x), c128), cr, cg, cb);
+                f.Luma(I::LoadU8(row.y[0] + x), yr, yg, yb);
+                StorePixels<F>(row.dst[0] + x * bytes, swap, I::Add(yr, cr), I::Add(yg, cg), I::Add(yb, cb));
+            }
+        } else {
+            for (; x + 2 * N <= row.width; x += 2 * N) {
+                V cr, cg, cb;
+                f.Chroma(I::Sub(I::LoadU8(row.u + x / 2), c128), I::Sub(I::LoadU8(row.v + x / 2), c128), cr, cg,
+                         cb);
+                V crs[2], cgs[2], cbs[2];
+                I::Dup(cr, crs[0], crs[1]);
+                I::Dup(cg, cgs[0], cgs[1]);
+                I::Dup(cb, cbs[0], cbs[1]);
+                for (int k = 0; k < rows; ++k) {
+                    for (int h = 0; h < 2; ++h) {
+                        int const px = x + h * N;
+                        V yr, yg, yb;
+                        f.Luma(I::LoadU8(row.y[k] + px), yr, yg, yb);
+                        StorePixels<F>(row.dst[k] + px * bytes, swap, I::Add(yr, crs[h]), I::Add(yg, cgs[h]),
+                                       I::Add(yb, cbs[h]));
+                    }
+                }
+            }
+        }
+        return x;
+    }
+
+    // Packed pairs: the chroma bytes of N pixels sit in alternating lanes, so
+    // one evaluation with alternating forms gives each lane its own term and
+    // adding the neighbour lane gives both pixels of a pair their sum.
+    template <RgbFormat F>
+    static int PackedToRgb(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        YuvForms const f(forms);
+        TableForm const& ue = row.yvy ? forms.vr : forms.ur;
+        TableForm const& uo = row.yvy ? forms.ur : forms.vr;
+        Form const fr = I::MakeForm(ue, uo, forms.shift);
+        Form const fg = I::MakeForm(row.yvy ? forms.vg : forms.ug, row.yvy ? forms.ug : forms.vg, forms.shift);
+        Form const fb = I::MakeForm(row.yvy ? forms.vb : forms.ub, row.yvy ? forms.ub : forms.vb, forms.shift);
+        constexpr int bytes = Bytes<F>();
+        int const width = row.pairs * 2;
+        V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
+        int x = 0;
+        for (; x + N <= width; x += N) {
+            V const w = I::LoadU16(row.src + 2 * x);
+            V const dc = I::Sub(I::template SrlI<8>(w), c128);
+            V er = I::Eval(dc, fr), eg = I::Eval(dc, fg), eb = I::Eval(dc, fb);
+            er = I::Add(er, I::SwapAdjacent(er));
+            eg = I::Add(eg, I::SwapAdjacent(eg));
+            eb = I::Add(eb, I::SwapAdjacent(eb));
+            V yr, yg, yb;
+            f.Luma(I::And(w, lowByte), yr, yg, yb);
+            V const r = I::Add(yr, er), g = I::Add(yg, eg), b = I::Add(yb, eb);
+            if constexpr (F == RgbFormat::Argb32)
+                I::StoreArgb(row.dst + x * bytes, r, g, b, row.alpha ? I::LoadU8(row.alpha + x) : opaque);
+            else
+                StorePixels<F>(row.dst + x * bytes, row.swapRB, r, g, b);
+        }
+        return x;
+    }
+
+    template <RgbFormat F>
+    static int RgbToYuvLayout(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        switch (row.layout) {
+        case ChromaLayout::C420: return RgbToYuv<F, ChromaLayout::C420>(row, forms);
+        case ChromaLayout::C422: return RgbToYuv<F, ChromaLayout::C422>(row, forms);
+        case ChromaLayout::C444: return RgbToYuv<F, ChromaLayout::C444>(row, forms);
+        }
+        return 0;
+    }
+
+    static int RgbToYuvEntry(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        switch (row.format) {
+        case RgbFormat::Rgb24: return RgbToYuvLayout<RgbFormat::Rgb24>(row, forms);
+        case RgbFormat::Rgb565: return RgbToYuvLayout<RgbFormat::Rgb565>(row, forms);
+        case RgbFormat::Rgb555: return RgbToYuvLayout<RgbFormat::Rgb555>(row, forms);
+        case RgbFormat::Argb32: break;
+        }
+        return 0;
+    }
+
+    template <RgbFormat F>
+    static int YuvToRgbLayout(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        switch (row.layout) {
+        case ChromaLayout::C420: return YuvToRgb<F, ChromaLayout::C420>(row, forms);
+        case ChromaLayout::C422: return YuvToRgb<F, ChromaLayout::C422>(row, forms);
+        case ChromaLayout::C444: return YuvToRgb<F, ChromaLayout::C444>(row, forms);
+        }
+        return 0;
+    }
+
+    static int YuvToRgbEntry(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        switch (row.format) {
+        case RgbFormat::Rgb24: return YuvToRgbLayout<RgbFormat::Rgb24>(row, forms);
+        case RgbFormat::Rgb565: return YuvToRgbLayout<RgbFormat::Rgb565>(row, forms);
+        case RgbFormat::Rgb555: return YuvToRgbLayout<RgbFormat::Rgb555>(row, forms);
+        case RgbFormat::Argb32: break;
+        }
+        return 0;
+    }
+
+    static int PackedToRgbEntry(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        return row.format == RgbFormat::Argb32 ? PackedToRgb<RgbFormat::Argb32>(row, forms)
+                                               : PackedToRgb<RgbFormat::Rgb24>(row, forms);
+    }
+
+    static ColourKernels const* Table()
+    {
+        static ColourKernels const k{&RgbToYuvEntry, &YuvToRgbEntry, &PackedToRgbEntry, &I::SplitPairs,
+                                     &I::JoinPairs};
+        return &k;
+    }
+};
+
+}  // namespace
+}  // namespace palvet::detail
+
+#endif
