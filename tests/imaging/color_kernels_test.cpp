@@ -193,13 +193,13 @@ TEST(ColourKernels, FormsReproduceTablesOrRefuse)
     for (int i = 0; i < 256; ++i)
         ASSERT_EQ(palvet::detail::EvalTableForm(f, 12, i), t[i]);
 
-    // Different rounding on each side of the offset needs two pieces.
-    for (int i = 0; i < 256; ++i)
-        t[i] = i < 128 ? -((128 - i) * 3 / 2) : (i - 128) * 3 / 2;  // truncated both ways
-    ASSERT_TRUE(palvet::detail::FitTableForm(t, 128, 12, f));
+    // Truncating negative products but rounding positive ones needs a pair
+    // for each side of the offset.
+    InitLookupTable();
+    ASSERT_TRUE(palvet::detail::FitTableForm(YTEXTO_G, 16, 13, f));
     EXPECT_TRUE(f.twoPiece);
     for (int i = 0; i < 256; ++i)
-        ASSERT_EQ(palvet::detail::EvalTableForm(f, 12, i - 128), t[i]);
+        ASSERT_EQ(palvet::detail::EvalTableForm(f, 13, i - 16), YTEXTO_G[i]);
 
     // Not a rounded straight line: refused.
     for (int i = 0; i < 256; ++i)
