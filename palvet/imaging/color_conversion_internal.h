@@ -22,15 +22,36 @@ struct TableForm {
     bool zero;           // every entry is 0
 };
 
+// A cheaper description that most coefficient sets allow, one 16-bit
+// multiply-high per entry. With a = |d| << shift:
+//     Rnd(a, k) = (a * k + 2^14) >> 15     (rounds, as positive products do)
+//     Flr(a, k) = (a * k) >> 15            (truncates, as negative ones do)
+// A table whose products are positive for d >= 0 is
+//     d >= 0 ? Rnd(a, kRnd) : -Flr(a, kFlr)
+// and one whose products are negative there is
+//     d >= 0 ? -Flr(a, kFlr) : Rnd(a, kRnd).
+// The kernels hard-wire the signs of the usual matrices (luma and the red
+// and blue chroma terms positive where they are not zero, green chroma and
+// the red and green terms of U and V negative); other sets use TableForm.
+struct MulForm {
+    int16_t kRnd, kFlr;
+};
+
 struct RgbToYuvForms {
     int shift;
     TableForm ry, gy, by, ru, gu, bu, rv, gv, bv;
+    bool mul;  // the MulForms below reproduce the tables (their shift is 0)
+    MulForm mry, mgy, mby, mru, mgu, mbu, mrv, mgv, mbv;
+    bool clampFree;  // no U or V sum can leave 0..255
 };
 
 struct YuvToRgbForms {
     int shift;
     TableForm yr, ur, vr, yg, ug, vg, yb, ub, vb;
     bool sharedY;  // yr, yg and yb are the same table
+    bool mul;  // the chroma MulForms below reproduce the chroma tables
+    int mulShift;
+    MulForm mur, mvr, mug, mvg, mub, mvb;
 };
 
 enum class RgbFormat { Rgb24, Rgb565, Rgb555, Argb32 };
@@ -104,6 +125,10 @@ ColourKernels const* ActiveColourKernels();
 // false when no pair fits 16 bits or reproduces every entry.
 bool FitTableForm(int const* t, int offset, int shift, TableForm& form);
 int EvalTableForm(TableForm const& form, int shift, int d);
+// Fits a MulForm whose products are positive (or, with positive false,
+// negative) for d >= 0; a table of zeros fits either.
+bool FitMulForm(int const* t, int offset, int shift, bool positive, MulForm& form);
+int EvalMulForm(MulForm const& form, int shift, bool positive, int d);
 
 inline int Clamp255(int v) { return v < 0 ? 0 : (v > 255 ? 255 : v); }
 

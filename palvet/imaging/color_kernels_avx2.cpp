@@ -62,6 +62,18 @@ struct Avx2 {
     template <int n>
     static V SllI(V v) { return _mm256_slli_epi16(v, n); }
 
+    static V Abs(V v) { return _mm256_abs_epi16(v); }
+    template <int n>
+    static V SraI(V v) { return _mm256_srai_epi16(v, n); }
+    static V Sll(V v, int n) { return _mm256_sll_epi16(v, _mm_cvtsi32_si128(n)); }
+    static V Select(V m, V a, V b) { return _mm256_blendv_epi8(a, b, m); }
+    static V Alternate(int16_t even, int16_t odd)
+    {
+        return _mm256_set1_epi32(static_cast<int>((static_cast<uint32_t>(static_cast<uint16_t>(odd)) << 16) | static_cast<uint16_t>(even)));
+    }
+    static V Flr(V x, V k) { return _mm256_mulhi_epi16(_mm256_add_epi16(x, x), k); }
+    static V Rnd(V x, V k) { return _mm256_mulhrs_epi16(x, k); }
+
     static V LoadU8(unsigned char const* p)
     {
         return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<__m128i const*>(p)));

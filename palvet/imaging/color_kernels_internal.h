@@ -13,6 +13,9 @@
 //   LoadU16 / StoreU16   N little-endian 16-bit values
 //   MakeForm(even, odd, shift), Eval(d, form)  table entries for d, with the
 //                        form of `even` in even lanes and `odd` in odd lanes
+//   Rnd(x, k), Flr(x, k) (x * k + 2^14) >> 15 and (x * k) >> 15, x >= 0
+//   Abs, SraI<n>, Sll(v, n), Select(m, a, b) (b where m is all ones),
+//   Alternate(even, odd) (constants alternating by lane)
 //   PairSum(a, b)        sums of adjacent lanes of a, then of b
 //   Dup(c, lo, hi)       every lane of c twice, in order
 //   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
@@ -86,12 +89,17 @@ struct Kernels {
 
     struct RgbForms {
         Form ry, gy, by, ru, gu, bu, rv, gv, bv;
+        bool mul, clampFree;
+        V kry, kgy, kby, kru, kgu, kbu, krv, kgv, kbv;
         explicit RgbForms(RgbToYuvForms const& f)
             : ry(I::MakeForm(f.ry, f.ry, f.shift)), gy(I::MakeForm(f.gy, f.gy, f.shift)),
               by(I::MakeForm(f.by, f.by, f.shift)), ru(I::MakeForm(f.ru, f.ru, f.shift)),
               gu(I::MakeForm(f.gu, f.gu, f.shift)), bu(I::MakeForm(f.bu, f.bu, f.shift)),
               rv(I::MakeForm(f.rv, f.rv, f.shift)), gv(I::MakeForm(f.gv, f.gv, f.shift)),
-              bv(I::MakeForm(f.bv, f.bv, f.shift)) {}
+              bv(I::MakeForm(f.bv, f.bv, f.shift)), mul(f.mul), clampFree(f.clampFree),
+              kry(I::Set1(f.mry.kRnd)), kgy(I::Set1(f.mgy.kRnd)), kby(I::Set1(f.mby.kRnd)),
+              kru(I::Set1(f.mru.kFlr)), kgu(I::Set1(f.mgu.kFlr)), kbu(I::Set1(f.mbu.kRnd)),
+              krv(I::Set1(f.mrv.kRnd)), kgv(I::Set1(f.mgv.kFlr)), kbv(I::Set1(f.mbv.kFlr)) {}
     };
 
     // Y of N pixels is stored; their clamped U and V are returned.
@@ -100,9 +108,21 @@ struct Kernels {
     {
         V r, g, b;
         LoadPixels<F>(src, swap, r, g, b);
-        I::StoreU8(y, I::Add(I::Add(I::Eval(r, f.ry), I::Eval(g, f.gy)), I::Add(I::Eval(b, f.by), I::Set1(16))));
-        u = Clamp(I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128))));
-        v = Clamp(I::Add(I::Add(I::Eval(r, f.rv), I::Eval(g, f.gv)), I::Add(I::Eval(b, f.bv), I::Set1(128))));
+        if (f.mul) {
+            // Luma and the positive chroma terms round, the negative ones
+            // truncate toward zero (hence subtracted).
+            I::StoreU8(y, I::Add(I::Add(I::Rnd(r, f.kry), I::Rnd(g, f.kgy)), I::Add(I::Rnd(b, f.kby), I::Set1(16))));
+            u = I::Sub(I::Add(I::Rnd(b, f.kbu), I::Set1(128)), I::Add(I::Flr(r, f.kru), I::Flr(g, f.kgu)));
+            v = I::Sub(I::Add(I::Rnd(r, f.krv), I::Set1(128)), I::Add(I::Flr(g, f.kgv), I::Flr(b, f.kbv)));
+        } else {
+            I::StoreU8(y, I::Add(I::Add(I::Eval(r, f.ry), I::Eval(g, f.gy)), I::Add(I::Eval(b, f.by), I::Set1(16))));
+            u = I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128)));
+            v = I::Add(I::Add(I::Eval(r, f.rv), I::Eval(g, f.gv)), I::Add(I::Eval(b, f.bv), I::Set1(128)));
+        }
+        if (!f.clampFree) {
+            u = Clamp(u);
+            v = Clamp(v);
+        }
     }
 
     template <RgbFormat F, ChromaLayout L>
@@ -140,20 +160,44 @@ struct Kernels {
         return x;
     }
 
+    // Chroma term of a table in multiply-high form; m marks d < 0.
+    template <bool kPositive>
+    static V MulTerm(V a, V m, V kRnd, V kFlr)
+    {
+        V const rnd = I::Rnd(a, kRnd), flr = I::Sub(I::Set1(0), I::Flr(a, kFlr));
+        return kPositive ? I::Select(m, rnd, flr) : I::Select(m, flr, rnd);
+    }
+
     struct YuvForms {
         Form yr, yg, yb, ur, vr, ug, vg, ub, vb;
-        bool sharedY, zur, zvr, zug, zvg, zub, zvb;
+        bool sharedY, zur, zvr, zug, zvg, zub, zvb, mul;
+        int mulShift;
+        V rur, fur, rvr, fvr, rug, fug, rvg, fvg, rub, fub, rvb, fvb;
         explicit YuvForms(YuvToRgbForms const& f)
             : yr(I::MakeForm(f.yr, f.yr, f.shift)), yg(I::MakeForm(f.yg, f.yg, f.shift)),
               yb(I::MakeForm(f.yb, f.yb, f.shift)), ur(I::MakeForm(f.ur, f.ur, f.shift)),
               vr(I::MakeForm(f.vr, f.vr, f.shift)), ug(I::MakeForm(f.ug, f.ug, f.shift)),
               vg(I::MakeForm(f.vg, f.vg, f.shift)), ub(I::MakeForm(f.ub, f.ub, f.shift)),
               vb(I::MakeForm(f.vb, f.vb, f.shift)), sharedY(f.sharedY), zur(f.ur.zero),
-              zvr(f.vr.zero), zug(f.ug.zero), zvg(f.vg.zero), zub(f.ub.zero), zvb(f.vb.zero) {}
+              zvr(f.vr.zero), zug(f.ug.zero), zvg(f.vg.zero), zub(f.ub.zero), zvb(f.vb.zero), mul(f.mul),
+              mulShift(f.mulShift), rur(I::Set1(f.mur.kRnd)), fur(I::Set1(f.mur.kFlr)),
+              rvr(I::Set1(f.mvr.kRnd)), fvr(I::Set1(f.mvr.kFlr)), rug(I::Set1(f.mug.kRnd)),
+              fug(I::Set1(f.mug.kFlr)), rvg(I::Set1(f.mvg.kRnd)), fvg(I::Set1(f.mvg.kFlr)),
+              rub(I::Set1(f.mub.kRnd)), fub(I::Set1(f.mub.kFlr)), rvb(I::Set1(f.mvb.kRnd)),
+              fvb(I::Set1(f.mvb.kFlr)) {}
 
         V Term(bool zero, V d, Form const& form) const { return zero ? I::Set1(0) : I::Eval(d, form); }
         void Chroma(V du, V dv, V& cr, V& cg, V& cb) const
         {
+            if (mul) {
+                V const au = I::Sll(I::Abs(du), mulShift), av = I::Sll(I::Abs(dv), mulShift);
+                V const mu = I::template SraI<15>(du), mv = I::template SraI<15>(dv);
+                V const zero = I::Set1(0);
+                cr = I::Add(zur ? zero : MulTerm<true>(au, mu, rur, fur), zvr ? zero : MulTerm<true>(av, mv, rvr, fvr));
+                cg = I::Add(zug ? zero : MulTerm<false>(au, mu, rug, fug), zvg ? zero : MulTerm<false>(av, mv, rvg, fvg));
+                cb = I::Add(zub ? zero : MulTerm<true>(au, mu, rub, fub), zvb ? zero : MulTerm<true>(av, mv, rvb, fvb));
+                return;
+            }
             cr = I::Add(Term(zur, du, ur), Term(zvr, dv, vr));
             cg = I::Add(Term(zug, du, ug), Term(zvg, dv, vg));
             cb = I::Add(Term(zub, du, ub), Term(zvb, dv, vb));
@@ -209,15 +253,29 @@ struct Kernels {
     // Packed pairs: the chroma bytes of N pixels sit in alternating lanes, so
     // one evaluation with alternating forms gives each lane its own term and
     // adding the neighbour lane gives both pixels of a pair their sum.
+    // Packed pairs: the chroma bytes of N pixels sit in alternating lanes, so
+    // one evaluation with alternating constants gives each lane its own term
+    // and adding the neighbour lane gives both pixels of a pair their sum.
+    static V Alternate(int16_t ku, int16_t kv, bool yvy) { return yvy ? I::Alternate(kv, ku) : I::Alternate(ku, kv); }
+
     template <RgbFormat F>
     static int PackedToRgb(PackedToRgbRow const& row, YuvToRgbForms const& forms)
     {
         YuvForms const f(forms);
-        TableForm const& ue = row.yvy ? forms.vr : forms.ur;
-        TableForm const& uo = row.yvy ? forms.ur : forms.vr;
+        bool const yvy = row.yvy;
+        TableForm const& ue = yvy ? forms.vr : forms.ur;
+        TableForm const& uo = yvy ? forms.ur : forms.vr;
         Form const fr = I::MakeForm(ue, uo, forms.shift);
-        Form const fg = I::MakeForm(row.yvy ? forms.vg : forms.ug, row.yvy ? forms.ug : forms.vg, forms.shift);
-        Form const fb = I::MakeForm(row.yvy ? forms.vb : forms.ub, row.yvy ? forms.ub : forms.vb, forms.shift);
+        Form const fg = I::MakeForm(yvy ? forms.vg : forms.ug, yvy ? forms.ug : forms.vg, forms.shift);
+        Form const fb = I::MakeForm(yvy ? forms.vb : forms.ub, yvy ? forms.ub : forms.vb, forms.shift);
+        V const rr = Alternate(forms.mur.kRnd, forms.mvr.kRnd, yvy);
+        V const fr2 = Alternate(forms.mur.kFlr, forms.mvr.kFlr, yvy);
+        V const rg = Alternate(forms.mug.kRnd, forms.mvg.kRnd, yvy);
+        V const fg2 = Alternate(forms.mug.kFlr, forms.mvg.kFlr, yvy);
+        V const rb = Alternate(forms.mub.kRnd, forms.mvb.kRnd, yvy);
+        V const fb2 = Alternate(forms.mub.kFlr, forms.mvb.kFlr, yvy);
+        bool const mul = forms.mul;
+        int const mulShift = forms.mulShift;
         constexpr int bytes = Bytes<F>();
         int const width = row.pairs * 2;
         V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
@@ -225,7 +283,17 @@ struct Kernels {
         for (; x + N <= width; x += N) {
             V const w = I::LoadU16(row.src + 2 * x);
             V const dc = I::Sub(I::template SrlI<8>(w), c128);
-            V er = I::Eval(dc, fr), eg = I::Eval(dc, fg), eb = I::Eval(dc, fb);
+            V er, eg, eb;
+            if (mul) {
+                V const a = I::Sll(I::Abs(dc), mulShift), m = I::template SraI<15>(dc);
+                er = MulTerm<true>(a, m, rr, fr2);
+                eg = MulTerm<false>(a, m, rg, fg2);
+                eb = MulTerm<true>(a, m, rb, fb2);
+            } else {
+                er = I::Eval(dc, fr);
+                eg = I::Eval(dc, fg);
+                eb = I::Eval(dc, fb);
+            }
             er = I::Add(er, I::SwapAdjacent(er));
             eg = I::Add(eg, I::SwapAdjacent(eg));
             eb = I::Add(eb, I::SwapAdjacent(eb));

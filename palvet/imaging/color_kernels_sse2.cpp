@@ -32,6 +32,23 @@ struct Sse2 {
     template <int n>
     static V SllI(V v) { return _mm_slli_epi16(v, n); }
 
+    static V Abs(V v) { return _mm_max_epi16(v, _mm_sub_epi16(_mm_setzero_si128(), v)); }
+    template <int n>
+    static V SraI(V v) { return _mm_srai_epi16(v, n); }
+    static V Sll(V v, int n) { return _mm_sll_epi16(v, _mm_cvtsi32_si128(n)); }
+    static V Select(V m, V a, V b) { return _mm_xor_si128(a, _mm_and_si128(m, _mm_xor_si128(a, b))); }
+    static V Alternate(int16_t even, int16_t odd)
+    {
+        return _mm_set1_epi32(static_cast<int>((static_cast<uint32_t>(static_cast<uint16_t>(odd)) << 16) | static_cast<uint16_t>(even)));
+    }
+    // No pmulhrsw before SSSE3: the low half of 2xk carries the rounding bit.
+    static V Flr(V x, V k) { return _mm_mulhi_epi16(_mm_add_epi16(x, x), k); }
+    static V Rnd(V x, V k)
+    {
+        V const x2 = _mm_add_epi16(x, x);
+        return _mm_add_epi16(_mm_mulhi_epi16(x2, k), _mm_srli_epi16(_mm_mullo_epi16(x2, k), 15));
+    }
+
     static V LoadU8(unsigned char const* p)
     {
         return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(p)), _mm_setzero_si128());

@@ -149,6 +149,91 @@ bool SameForm(TableForm const& a, TableForm const& b)
     return a.kPos == b.kPos && a.bPos == b.bPos && a.kNeg == b.kNeg && a.bNeg == b.bNeg;
 }
 
+// Rnd and Flr are nondecreasing in k for a >= 0, so the k that fit form an
+// interval; the entry with the largest a bounds it tightly, then every entry
+// is checked.
+bool FitMulK(int const* t, int offset, int shift, bool positive, bool rounding, int16_t& kOut)
+{
+    auto op = [&](int a, long long k) {
+        long long p = a * k + (rounding ? 16384 : 0);
+        return p >> 15;
+    };
+    auto target = [&](int i) { return rounding ? t[i] : -t[i]; };
+    auto mine = [&](int i) {
+        int d = i - offset;
+        return d != 0 && ((d > 0) == positive) == rounding;
+    };
+    int top = -1, topA = 0;
+    for (int i = 0; i < 256; ++i) {
+        int d = i - offset, a = (d < 0 ? -d : d) << shift;
+        if (mine(i) && a > topA) {
+            top = i;
+            topA = a;
+        }
+    }
+    long long lo = -32768, hi = 32767;
+    if (top >= 0) {
+        long long l = -32768, h = 32767;
+        while (l < h) {  // lowest k with op >= target
+            long long m = l + (h - l) / 2;
+            if (op(topA, m) >= target(top))
+                h = m;
+            else
+                l = m + 1;
+        }
+        lo = l;
+        l = -32768, h = 32767;
+        while (l < h) {  // highest k with op <= target
+            long long m = h - (h - l) / 2;
+            if (op(topA, m) <= target(top))
+                l = m;
+            else
+                h = m - 1;
+        }
+        hi = l;
+    } else {
+        lo = hi = 0;
+    }
+    for (long long k = lo; k <= hi; ++k) {
+        bool ok = true;
+        for (int i = 0; i < 256 && ok; ++i) {
+            int d = i - offset, a = (d < 0 ? -d : d) << shift;
+            if (mine(i))
+                ok = op(a, k) == target(i);
+        }
+        if (ok) {
+            kOut = static_cast<int16_t>(k);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool FitMulSet(int const* const* tables, bool const* positive, MulForm* forms)
+{
+    for (int n = 0; n < 9; ++n)
+        if (!FitMulForm(tables[n], 0, 0, positive[n], forms[n]))
+            return false;
+    return true;
+}
+
+// Whether the three-term sum plus offset stays within 0..255 for any input.
+bool SumInRange(int const* a, int const* b, int const* c, int offset)
+{
+    int lo = offset, hi = offset;
+    int const* const tables[3] = {a, b, c};
+    for (int const* t : tables) {
+        int mn = t[0], mx = t[0];
+        for (int i = 1; i < 256; ++i) {
+            mn = t[i] < mn ? t[i] : mn;
+            mx = t[i] > mx ? t[i] : mx;
+        }
+        lo += mn;
+        hi += mx;
+    }
+    return lo >= 0 && hi <= 255;
+}
+
 int DeriveForms()
 {
     int state = 0;
@@ -156,10 +241,22 @@ int DeriveForms()
         int const* tables[9] = {RTEXTO_Y, GTEXTO_Y, BTEXTO_Y, RTEXTO_U, GTEXTO_U,
                                 BTEXTO_U, RTEXTO_V, GTEXTO_V, BTEXTO_V};
         int const offsets[9] = {0, 0, 0, 0, 0, 0, 0, 0, 0};
+        bool const positive[9] = {true, true, true, false, false, true, true, false, false};
         TableForm f[9];
-        int shift = FitShift(tables, offsets, f);
-        if (shift != kNoFit) {
-            gRgbForms = RgbToYuvForms{shift, f[0], f[1], f[2], f[3], f[4], f[5], f[6], f[7], f[8]};
+        MulForm m[9];
+        RgbToYuvForms r{};
+        r.shift = FitShift(tables, offsets, f);
+        if (r.shift != kNoFit) {
+            r.ry = f[0], r.gy = f[1], r.by = f[2], r.ru = f[3], r.gu = f[4];
+            r.bu = f[5], r.rv = f[6], r.gv = f[7], r.bv = f[8];
+            r.mul = FitMulSet(tables, positive, m);
+            if (r.mul) {
+                r.mry = m[0], r.mgy = m[1], r.mby = m[2], r.mru = m[3], r.mgu = m[4];
+                r.mbu = m[5], r.mrv = m[6], r.mgv = m[7], r.mbv = m[8];
+            }
+            r.clampFree = SumInRange(RTEXTO_U, GTEXTO_U, BTEXTO_U, 128) &&
+                          SumInRange(RTEXTO_V, GTEXTO_V, BTEXTO_V, 128);
+            gRgbForms = r;
             state |= 1;
         }
     }
@@ -168,10 +265,28 @@ int DeriveForms()
                                 VTEXTO_G, YTEXTO_B, UTEXTO_B, VTEXTO_B};
         int const offsets[9] = {16, 128, 128, 16, 128, 128, 16, 128, 128};
         TableForm f[9];
-        int shift = FitShift(tables, offsets, f);
-        if (shift != kNoFit) {
-            gYuvForms = YuvToRgbForms{shift, f[0], f[1], f[2], f[3], f[4], f[5], f[6], f[7], f[8],
-                                      SameForm(f[0], f[3]) && SameForm(f[0], f[6])};
+        MulForm m[6];
+        YuvToRgbForms y{};
+        y.shift = FitShift(tables, offsets, f);
+        if (y.shift != kNoFit) {
+            y.yr = f[0], y.ur = f[1], y.vr = f[2], y.yg = f[3], y.ug = f[4];
+            y.vg = f[5], y.yb = f[6], y.ub = f[7], y.vb = f[8];
+            y.sharedY = SameForm(f[0], f[3]) && SameForm(f[0], f[6]);
+            // Luma needs a free rounding bias (exact halves occur), so only the
+            // chroma terms take the multiply-high form.
+            int const* chroma[6] = {UTEXTO_R, VTEXTO_R, UTEXTO_G, VTEXTO_G, UTEXTO_B, VTEXTO_B};
+            bool const chromaPositive[6] = {true, true, false, false, true, true};
+            for (int shift = 0; shift <= 3 && !y.mul; ++shift) {
+                bool all = true;
+                for (int n = 0; n < 6 && all; ++n)
+                    all = FitMulForm(chroma[n], 128, shift, chromaPositive[n], m[n]);
+                y.mul = all;
+                y.mulShift = shift;
+            }
+            if (y.mul) {
+                y.mur = m[0], y.mvr = m[1], y.mug = m[2], y.mvg = m[3], y.mub = m[4], y.mvb = m[5];
+            }
+            gYuvForms = y;
             state |= 2;
         }
     }
@@ -208,6 +323,25 @@ bool FitTableForm(int const* t, int offset, int shift, TableForm& form)
     }
     form.zero = zero;
     return true;
+}
+
+bool FitMulForm(int const* t, int offset, int shift, bool positive, MulForm& form)
+{
+    form = MulForm{};
+    if (!FitMulK(t, offset, shift, positive, true, form.kRnd) ||
+        !FitMulK(t, offset, shift, positive, false, form.kFlr))
+        return false;
+    for (int i = 0; i < 256; ++i)
+        if (EvalMulForm(form, shift, positive, i - offset) != t[i])
+            return false;
+    return true;
+}
+
+int EvalMulForm(MulForm const& form, int shift, bool positive, int d)
+{
+    int const a = (d < 0 ? -d : d) << shift;
+    int const rnd = (a * form.kRnd + 16384) >> 15, flr = (a * form.kFlr) >> 15;
+    return (d >= 0) == positive ? rnd : -flr;
 }
 
 RgbToYuvForms const* ActiveRgbToYuvForms()
