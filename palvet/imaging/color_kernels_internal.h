@@ -24,6 +24,10 @@
 
 #include <palvet/imaging/color_conversion_internal.h>
 
+// The per-block helpers must melt into the row loops: a call per block
+// passes vectors through memory.
+#define PALVET_KERNEL_INLINE inline __attribute__((always_inline))
+
 namespace palvet::detail {
 namespace {
 
@@ -33,7 +37,7 @@ struct Kernels {
     using Form = typename I::Form;
     static constexpr int N = I::N;
 
-    static V Clamp(V v) { return I::Max(I::Min(v, I::Set1(255)), I::Set1(0)); }
+    PALVET_KERNEL_INLINE static V Clamp(V v) { return I::Max(I::Min(v, I::Set1(255)), I::Set1(0)); }
 
     template <RgbFormat F>
     static constexpr int Bytes()
@@ -42,7 +46,7 @@ struct Kernels {
     }
 
     template <RgbFormat F>
-    static void LoadPixels(unsigned char const* p, bool swap, V& r, V& g, V& b)
+    PALVET_KERNEL_INLINE static void LoadPixels(unsigned char const* p, bool swap, V& r, V& g, V& b)
     {
         if constexpr (F == RgbFormat::Rgb24) {
             I::LoadRgb24(p, r, g, b);
@@ -66,7 +70,7 @@ struct Kernels {
 
     // r, g and b are unclamped sums.
     template <RgbFormat F>
-    static void StorePixels(unsigned char* p, bool swap, V r, V g, V b)
+    PALVET_KERNEL_INLINE static void StorePixels(unsigned char* p, bool swap, V r, V g, V b)
     {
         if (swap) {
             V t = r;
@@ -104,7 +108,7 @@ struct Kernels {
 
     // Y of N pixels is stored; their clamped U and V are returned.
     template <RgbFormat F>
-    static void RgbBlock(RgbForms const& f, unsigned char const* src, bool swap, unsigned char* y, V& u, V& v)
+    PALVET_KERNEL_INLINE static void RgbBlock(RgbForms const& f, unsigned char const* src, bool swap, unsigned char* y, V& u, V& v)
     {
         V r, g, b;
         LoadPixels<F>(src, swap, r, g, b);
@@ -162,7 +166,7 @@ struct Kernels {
 
     // Chroma term of a table in multiply-high form; m marks d < 0.
     template <bool kPositive>
-    static V MulTerm(V a, V m, V kRnd, V kFlr)
+    PALVET_KERNEL_INLINE static V MulTerm(V a, V m, V kRnd, V kFlr)
     {
         V const rnd = I::Rnd(a, kRnd), flr = I::Sub(I::Set1(0), I::Flr(a, kFlr));
         return kPositive ? I::Select(m, rnd, flr) : I::Select(m, flr, rnd);
@@ -186,8 +190,8 @@ struct Kernels {
               rub(I::Set1(f.mub.kRnd)), fub(I::Set1(f.mub.kFlr)), rvb(I::Set1(f.mvb.kRnd)),
               fvb(I::Set1(f.mvb.kFlr)) {}
 
-        V Term(bool zero, V d, Form const& form) const { return zero ? I::Set1(0) : I::Eval(d, form); }
-        void Chroma(V du, V dv, V& cr, V& cg, V& cb) const
+        PALVET_KERNEL_INLINE V Term(bool zero, V d, Form const& form) const { return zero ? I::Set1(0) : I::Eval(d, form); }
+        PALVET_KERNEL_INLINE void Chroma(V du, V dv, V& cr, V& cg, V& cb) const
         {
             if (mul) {
                 V const au = I::Sll(I::Abs(du), mulShift), av = I::Sll(I::Abs(dv), mulShift);
@@ -202,7 +206,7 @@ struct Kernels {
             cg = I::Add(Term(zug, du, ug), Term(zvg, dv, vg));
             cb = I::Add(Term(zub, du, ub), Term(zvb, dv, vb));
         }
-        void Luma(V y, V& r, V& g, V& b) const
+        PALVET_KERNEL_INLINE void Luma(V y, V& r, V& g, V& b) const
         {
             V const d = I::Sub(y, I::Set1(16));
             r = I::Eval(d, yr);
