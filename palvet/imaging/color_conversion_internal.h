@@ -37,6 +37,19 @@ struct MulForm {
     int16_t kRnd, kFlr;
 };
 
+// Luma term of YUV to RGB, when all three luma tables are the same: with
+// a = max(y - 16, 0) << shift,
+//     entry = Rnd(a, k) - below[y] (y < 16) + delta[e] (y == at[e]).
+// Exact halves in the products defeat a plain multiply-high for a few y;
+// those few are listed. Needs a 16-entry byte lookup in the kernels.
+struct LumaForm {
+    int16_t k;
+    int shift;
+    int exceptions;
+    int16_t at[2], delta[2];
+    unsigned char below[16];
+};
+
 struct RgbToYuvForms {
     int shift;
     TableForm ry, gy, by, ru, gu, bu, rv, gv, bv;
@@ -52,6 +65,8 @@ struct YuvToRgbForms {
     bool mul;  // the chroma MulForms below reproduce the chroma tables
     int mulShift;
     MulForm mur, mvr, mug, mvg, mub, mvb;
+    bool luma;  // lumaForm reproduces the (shared) luma table
+    LumaForm lumaForm;
 };
 
 enum class RgbFormat { Rgb24, Rgb565, Rgb555, Argb32 };
@@ -129,6 +144,8 @@ int EvalTableForm(TableForm const& form, int shift, int d);
 // negative) for d >= 0; a table of zeros fits either.
 bool FitMulForm(int const* t, int offset, int shift, bool positive, MulForm& form);
 int EvalMulForm(MulForm const& form, int shift, bool positive, int d);
+bool FitLumaForm(int const* t, LumaForm& form);
+int EvalLumaForm(LumaForm const& form, int y);
 
 inline int Clamp255(int v) { return v < 0 ? 0 : (v > 255 ? 255 : v); }
 

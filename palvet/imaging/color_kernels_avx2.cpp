@@ -77,6 +77,27 @@ struct Avx2 {
     {
         return _mm256_set1_epi32(static_cast<int>((static_cast<uint32_t>(static_cast<uint16_t>(odd)) << 16) | static_cast<uint16_t>(even)));
     }
+    static constexpr bool kHasLut = true;
+    PALVET_KERNEL_INLINE static V CmpEq(V a, V b) { return _mm256_cmpeq_epi16(a, b); }
+    PALVET_KERNEL_INLINE static V SubSatU(V a, V b) { return _mm256_subs_epu16(a, b); }
+    PALVET_KERNEL_INLINE static V MakeLut(unsigned char const* t)
+    {
+        return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(t)));
+    }
+    // Adding 0x70 keeps the low nibble and sets the top bit (giving 0) once
+    // y reaches 16; the 0xF0 in the high byte always clears it.
+    PALVET_KERNEL_INLINE static V Lut16(V y, V lut)
+    {
+        return _mm256_shuffle_epi8(lut, _mm256_adds_epu8(y, _mm256_set1_epi16(static_cast<short>(0xF070))));
+    }
+    PALVET_KERNEL_INLINE static V DupEven(V v) { return _mm256_shuffle_epi8(v, Pattern(0)); }
+    PALVET_KERNEL_INLINE static V DupOdd(V v) { return _mm256_shuffle_epi8(v, Pattern(1)); }
+    static V Pattern(int which)
+    {
+        return which == 0 ? _mm256_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13, 0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13)
+               : which == 1 ? _mm256_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15, 2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15)
+                            : _mm256_setr_epi8(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13, 2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13);
+    }
     PALVET_KERNEL_INLINE static V Flr(V x, V k) { return _mm256_mulhi_epi16(_mm256_add_epi16(x, x), k); }
     PALVET_KERNEL_INLINE static V Rnd(V x, V k) { return _mm256_mulhrs_epi16(x, k); }
 
@@ -130,7 +151,7 @@ struct Avx2 {
         lo = _mm256_unpacklo_epi16(q, q);
         hi = _mm256_unpackhi_epi16(q, q);
     }
-    PALVET_KERNEL_INLINE static V SwapAdjacent(V v) { return _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(v, 0xB1), 0xB1); }
+    PALVET_KERNEL_INLINE static V SwapAdjacent(V v) { return _mm256_shuffle_epi8(v, Pattern(2)); }
 
     // Sixteen pixels: each half takes pixels 0-7 of its 24 bytes from two
     // overlapping 16-byte loads (bytes 0-15 and 8-23).

@@ -15,7 +15,9 @@
 //                        form of `even` in even lanes and `odd` in odd lanes
 //   Rnd(x, k), Flr(x, k) (x * k + 2^14) >> 15 and (x * k) >> 15, x >= 0
 //   Abs, SraI<n>, Sll(v, n), Select(m, a, b) (b where m is all ones),
-//   Alternate(even, odd) (constants alternating by lane)
+//   Alternate(even, odd) (constants alternating by lane), DupEven, DupOdd,
+//   CmpEq, SubSatU (unsigned saturating), and where kHasLut:
+//   MakeLut(16 bytes), Lut16(y, lut) (lut[y] for y < 16, else 0)
 //   PairSum(a, b)        sums of adjacent lanes of a, then of b
 //   Dup(c, lo, hi)       every lane of c twice, in order
 //   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
@@ -177,6 +179,9 @@ struct Kernels {
         bool sharedY, zur, zvr, zug, zvg, zub, zvb, mul;
         int mulShift;
         V rur, fur, rvr, fvr, rug, fug, rvg, fvg, rub, fub, rvb, fvb;
+        // Luma in multiply-high form (see LumaForm).
+        V lumaK, lumaBelow, excAt[2], excDelta[2];
+        int lumaShift, exceptions;
         explicit YuvForms(YuvToRgbForms const& f)
             : yr(I::MakeForm(f.yr, f.yr, f.shift)), yg(I::MakeForm(f.yg, f.yg, f.shift)),
               yb(I::MakeForm(f.yb, f.yb, f.shift)), ur(I::MakeForm(f.ur, f.ur, f.shift)),
@@ -188,34 +193,63 @@ struct Kernels {
               rvr(I::Set1(f.mvr.kRnd)), fvr(I::Set1(f.mvr.kFlr)), rug(I::Set1(f.mug.kRnd)),
               fug(I::Set1(f.mug.kFlr)), rvg(I::Set1(f.mvg.kRnd)), fvg(I::Set1(f.mvg.kFlr)),
               rub(I::Set1(f.mub.kRnd)), fub(I::Set1(f.mub.kFlr)), rvb(I::Set1(f.mvb.kRnd)),
-              fvb(I::Set1(f.mvb.kFlr)) {}
+              fvb(I::Set1(f.mvb.kFlr)), lumaK(I::Set1(f.lumaForm.k)), lumaBelow(I::MakeLut(f.lumaForm.below)),
+              excAt{I::Set1(f.lumaForm.at[0]), I::Set1(f.lumaForm.at[1])},
+              excDelta{I::Set1(f.lumaForm.delta[0]), I::Set1(f.lumaForm.delta[1])},
+              lumaShift(f.lumaForm.shift), exceptions(f.lumaForm.exceptions) {}
 
-        PALVET_KERNEL_INLINE V Term(bool zero, V d, Form const& form) const { return zero ? I::Set1(0) : I::Eval(d, form); }
+        // The usual matrices: luma shared and in multiply-high form, chroma in
+        // multiply-high form, no U term in red and no V term in blue.
+        static bool Standard(YuvToRgbForms const& f)
+        {
+            return I::kHasLut && f.mul && f.luma && f.ur.zero && f.vb.zero;
+        }
+
+        PALVET_KERNEL_INLINE V Term(bool zero, V d, Form const& form) const
+        {
+            return zero ? I::Set1(0) : I::Eval(d, form);
+        }
+        template <bool kStd>
         PALVET_KERNEL_INLINE void Chroma(V du, V dv, V& cr, V& cg, V& cb) const
         {
-            if (mul) {
+            if (kStd || mul) {
                 V const au = I::Sll(I::Abs(du), mulShift), av = I::Sll(I::Abs(dv), mulShift);
                 V const mu = I::template SraI<15>(du), mv = I::template SraI<15>(dv);
-                V const zero = I::Set1(0);
-                cr = I::Add(zur ? zero : MulTerm<true>(au, mu, rur, fur), zvr ? zero : MulTerm<true>(av, mv, rvr, fvr));
-                cg = I::Add(zug ? zero : MulTerm<false>(au, mu, rug, fug), zvg ? zero : MulTerm<false>(av, mv, rvg, fvg));
-                cb = I::Add(zub ? zero : MulTerm<true>(au, mu, rub, fub), zvb ? zero : MulTerm<true>(av, mv, rvb, fvb));
+                if constexpr (kStd) {
+                    cr = MulTerm<true>(av, mv, rvr, fvr);
+                    cg = I::Add(MulTerm<false>(au, mu, rug, fug), MulTerm<false>(av, mv, rvg, fvg));
+                    cb = MulTerm<true>(au, mu, rub, fub);
+                } else {
+                    V const zero = I::Set1(0);
+                    cr = I::Add(zur ? zero : MulTerm<true>(au, mu, rur, fur), zvr ? zero : MulTerm<true>(av, mv, rvr, fvr));
+                    cg = I::Add(zug ? zero : MulTerm<false>(au, mu, rug, fug), zvg ? zero : MulTerm<false>(av, mv, rvg, fvg));
+                    cb = I::Add(zub ? zero : MulTerm<true>(au, mu, rub, fub), zvb ? zero : MulTerm<true>(av, mv, rvb, fvb));
+                }
                 return;
             }
             cr = I::Add(Term(zur, du, ur), Term(zvr, dv, vr));
             cg = I::Add(Term(zug, du, ug), Term(zvg, dv, vg));
             cb = I::Add(Term(zub, du, ub), Term(zvb, dv, vb));
         }
+        template <bool kStd>
         PALVET_KERNEL_INLINE void Luma(V y, V& r, V& g, V& b) const
         {
-            V const d = I::Sub(y, I::Set1(16));
-            r = I::Eval(d, yr);
-            g = sharedY ? r : I::Eval(d, yg);
-            b = sharedY ? r : I::Eval(d, yb);
+            if constexpr (kStd) {
+                V t = I::Rnd(I::Sll(I::SubSatU(y, I::Set1(16)), lumaShift), lumaK);
+                t = I::Sub(t, I::Lut16(y, lumaBelow));
+                for (int e = 0; e < exceptions; ++e)
+                    t = I::Add(t, I::And(I::CmpEq(y, excAt[e]), excDelta[e]));
+                r = g = b = t;
+            } else {
+                V const d = I::Sub(y, I::Set1(16));
+                r = I::Eval(d, yr);
+                g = sharedY ? r : I::Eval(d, yg);
+                b = sharedY ? r : I::Eval(d, yb);
+            }
         }
     };
 
-    template <RgbFormat F, ChromaLayout L>
+    template <RgbFormat F, ChromaLayout L, bool kStd>
     static int YuvToRgb(YuvToRgbRow const& row, YuvToRgbForms const& forms)
     {
         YuvForms const f(forms);
@@ -227,15 +261,16 @@ struct Kernels {
         if constexpr (L == ChromaLayout::C444) {
             for (; x + N <= row.width; x += N) {
                 V cr, cg, cb, yr, yg, yb;
-                f.Chroma(I::Sub(I::LoadU8(row.u + x), c128), I::Sub(I::LoadU8(row.v + x), c128), cr, cg, cb);
-                f.Luma(I::LoadU8(row.y[0] + x), yr, yg, yb);
+                f.template Chroma<kStd>(I::Sub(I::LoadU8(row.u + x), c128), I::Sub(I::LoadU8(row.v + x), c128), cr,
+                                        cg, cb);
+                f.template Luma<kStd>(I::LoadU8(row.y[0] + x), yr, yg, yb);
                 StorePixels<F>(row.dst[0] + x * bytes, swap, I::Add(yr, cr), I::Add(yg, cg), I::Add(yb, cb));
             }
         } else {
             for (; x + 2 * N <= row.width; x += 2 * N) {
                 V cr, cg, cb;
-                f.Chroma(I::Sub(I::LoadU8(row.u + x / 2), c128), I::Sub(I::LoadU8(row.v + x / 2), c128), cr, cg,
-                         cb);
+                f.template Chroma<kStd>(I::Sub(I::LoadU8(row.u + x / 2), c128),
+                                        I::Sub(I::LoadU8(row.v + x / 2), c128), cr, cg, cb);
                 V crs[2], cgs[2], cbs[2];
                 I::Dup(cr, crs[0], crs[1]);
                 I::Dup(cg, cgs[0], cgs[1]);
@@ -244,7 +279,7 @@ struct Kernels {
                     for (int h = 0; h < 2; ++h) {
                         int const px = x + h * N;
                         V yr, yg, yb;
-                        f.Luma(I::LoadU8(row.y[k] + px), yr, yg, yb);
+                        f.template Luma<kStd>(I::LoadU8(row.y[k] + px), yr, yg, yb);
                         StorePixels<F>(row.dst[k] + px * bytes, swap, I::Add(yr, crs[h]), I::Add(yg, cgs[h]),
                                        I::Add(yb, cbs[h]));
                     }
@@ -255,14 +290,11 @@ struct Kernels {
     }
 
     // Packed pairs: the chroma bytes of N pixels sit in alternating lanes, so
-    // one evaluation with alternating forms gives each lane its own term and
-    // adding the neighbour lane gives both pixels of a pair their sum.
-    // Packed pairs: the chroma bytes of N pixels sit in alternating lanes, so
     // one evaluation with alternating constants gives each lane its own term
     // and adding the neighbour lane gives both pixels of a pair their sum.
     static V Alternate(int16_t ku, int16_t kv, bool yvy) { return yvy ? I::Alternate(kv, ku) : I::Alternate(ku, kv); }
 
-    template <RgbFormat F>
+    template <RgbFormat F, bool kStd>
     static int PackedToRgb(PackedToRgbRow const& row, YuvToRgbForms const& forms)
     {
         YuvForms const f(forms);
@@ -283,12 +315,13 @@ struct Kernels {
         constexpr int bytes = Bytes<F>();
         int const width = row.pairs * 2;
         V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
+        unsigned char const* const alpha = row.alpha;
         int x = 0;
         for (; x + N <= width; x += N) {
             V const w = I::LoadU16(row.src + 2 * x);
             V const dc = I::Sub(I::template SrlI<8>(w), c128);
             V er, eg, eb;
-            if (mul) {
+            if (kStd || mul) {
                 V const a = I::Sll(I::Abs(dc), mulShift), m = I::template SraI<15>(dc);
                 er = MulTerm<true>(a, m, rr, fr2);
                 eg = MulTerm<false>(a, m, rg, fg2);
@@ -298,14 +331,20 @@ struct Kernels {
                 eg = I::Eval(dc, fg);
                 eb = I::Eval(dc, fb);
             }
-            er = I::Add(er, I::SwapAdjacent(er));
+            if constexpr (kStd) {
+                // Red has only a V term and blue only a U term: copy the lane.
+                er = yvy ? I::DupEven(er) : I::DupOdd(er);
+                eb = yvy ? I::DupOdd(eb) : I::DupEven(eb);
+            } else {
+                er = I::Add(er, I::SwapAdjacent(er));
+                eb = I::Add(eb, I::SwapAdjacent(eb));
+            }
             eg = I::Add(eg, I::SwapAdjacent(eg));
-            eb = I::Add(eb, I::SwapAdjacent(eb));
             V yr, yg, yb;
-            f.Luma(I::And(w, lowByte), yr, yg, yb);
+            f.template Luma<kStd>(I::And(w, lowByte), yr, yg, yb);
             V const r = I::Add(yr, er), g = I::Add(yg, eg), b = I::Add(yb, eb);
             if constexpr (F == RgbFormat::Argb32)
-                I::StoreArgb(row.dst + x * bytes, r, g, b, row.alpha ? I::LoadU8(row.alpha + x) : opaque);
+                I::StoreArgb(row.dst + x * bytes, r, g, b, alpha ? I::LoadU8(alpha + x) : opaque);
             else
                 StorePixels<F>(row.dst + x * bytes, row.swapRB, r, g, b);
         }
@@ -334,13 +373,19 @@ struct Kernels {
         return 0;
     }
 
+    template <RgbFormat F, ChromaLayout L>
+    static int YuvToRgbAny(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        return YuvForms::Standard(forms) ? YuvToRgb<F, L, true>(row, forms) : YuvToRgb<F, L, false>(row, forms);
+    }
+
     template <RgbFormat F>
     static int YuvToRgbLayout(YuvToRgbRow const& row, YuvToRgbForms const& forms)
     {
         switch (row.layout) {
-        case ChromaLayout::C420: return YuvToRgb<F, ChromaLayout::C420>(row, forms);
-        case ChromaLayout::C422: return YuvToRgb<F, ChromaLayout::C422>(row, forms);
-        case ChromaLayout::C444: return YuvToRgb<F, ChromaLayout::C444>(row, forms);
+        case ChromaLayout::C420: return YuvToRgbAny<F, ChromaLayout::C420>(row, forms);
+        case ChromaLayout::C422: return YuvToRgbAny<F, ChromaLayout::C422>(row, forms);
+        case ChromaLayout::C444: return YuvToRgbAny<F, ChromaLayout::C444>(row, forms);
         }
         return 0;
     }
@@ -358,8 +403,10 @@ struct Kernels {
 
     static int PackedToRgbEntry(PackedToRgbRow const& row, YuvToRgbForms const& forms)
     {
-        return row.format == RgbFormat::Argb32 ? PackedToRgb<RgbFormat::Argb32>(row, forms)
-                                               : PackedToRgb<RgbFormat::Rgb24>(row, forms);
+        bool const std = YuvForms::Standard(forms);
+        if (row.format == RgbFormat::Argb32)
+            return std ? PackedToRgb<RgbFormat::Argb32, true>(row, forms) : PackedToRgb<RgbFormat::Argb32, false>(row, forms);
+        return std ? PackedToRgb<RgbFormat::Rgb24, true>(row, forms) : PackedToRgb<RgbFormat::Rgb24, false>(row, forms);
     }
 
     static ColourKernels const* Table()

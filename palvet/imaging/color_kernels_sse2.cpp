@@ -42,6 +42,14 @@ struct Sse2 {
         return _mm_set1_epi32(static_cast<int>((static_cast<uint32_t>(static_cast<uint16_t>(odd)) << 16) | static_cast<uint16_t>(even)));
     }
     // No pmulhrsw before SSSE3: the low half of 2xk carries the rounding bit.
+    // No byte lookup before SSSE3: luma stays in the general form.
+    static constexpr bool kHasLut = false;
+    PALVET_KERNEL_INLINE static V CmpEq(V a, V b) { return _mm_cmpeq_epi16(a, b); }
+    PALVET_KERNEL_INLINE static V SubSatU(V a, V b) { return _mm_subs_epu16(a, b); }
+    PALVET_KERNEL_INLINE static V MakeLut(unsigned char const*) { return _mm_setzero_si128(); }
+    PALVET_KERNEL_INLINE static V Lut16(V, V) { return _mm_setzero_si128(); }
+    PALVET_KERNEL_INLINE static V DupEven(V v) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, 0xA0), 0xA0); }
+    PALVET_KERNEL_INLINE static V DupOdd(V v) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, 0xF5), 0xF5); }
     PALVET_KERNEL_INLINE static V Flr(V x, V k) { return _mm_mulhi_epi16(_mm_add_epi16(x, x), k); }
     PALVET_KERNEL_INLINE static V Rnd(V x, V k)
     {

@@ -283,6 +283,7 @@ int DeriveForms()
                 y.mul = all;
                 y.mulShift = shift;
             }
+            y.luma = y.sharedY && FitLumaForm(YTEXTO_R, y.lumaForm);
             if (y.mul) {
                 y.mur = m[0], y.mvr = m[1], y.mug = m[2], y.mvg = m[3], y.mub = m[4], y.mvb = m[5];
             }
@@ -342,6 +343,61 @@ int EvalMulForm(MulForm const& form, int shift, bool positive, int d)
     int const a = (d < 0 ? -d : d) << shift;
     int const rnd = (a * form.kRnd + 16384) >> 15, flr = (a * form.kFlr) >> 15;
     return (d >= 0) == positive ? rnd : -flr;
+}
+
+int EvalLumaForm(LumaForm const& form, int y)
+{
+    int const a = (y > 16 ? y - 16 : 0) << form.shift;
+    int v = ((a * form.k + 16384) >> 15) - (y < 16 ? form.below[y] : 0);
+    for (int e = 0; e < form.exceptions; ++e)
+        if (y == form.at[e])
+            v += form.delta[e];
+    return v;
+}
+
+// Tries the shifts that keep k in 16 bits and, for each, every k near the
+// slope; keeps the first with at most two off-by-one entries.
+bool FitLumaForm(int const* t, LumaForm& form)
+{
+    for (int y = 0; y < 16; ++y)
+        if (t[y] > 0 || t[y] < -127)
+            return false;
+    if (t[16] != 0)
+        return false;
+    double const slope = (t[255] - t[16]) / 239.0;
+    for (int shift = 0; shift <= 5; ++shift) {
+        long long const centre = static_cast<long long>(slope * (1 << (15 - shift)));
+        for (long long k = centre - 64; k <= centre + 64; ++k) {
+            if (k < -32768 || k > 32767)
+                continue;
+            LumaForm f{};
+            f.k = static_cast<int16_t>(k);
+            f.shift = shift;
+            bool ok = true;
+            for (int y = 17; y < 256 && ok; ++y) {
+                int const a = (y - 16) << shift;
+                int const delta = t[y] - static_cast<int>((a * k + 16384) >> 15);
+                if (delta == 0)
+                    continue;
+                ok = (delta == 1 || delta == -1) && f.exceptions < 2;
+                if (ok) {
+                    f.at[f.exceptions] = static_cast<int16_t>(y);
+                    f.delta[f.exceptions++] = static_cast<int16_t>(delta);
+                }
+            }
+            if (!ok)
+                continue;
+            for (int y = 0; y < 16; ++y)
+                f.below[y] = static_cast<unsigned char>(-t[y]);
+            for (int y = 0; y < 256 && ok; ++y)
+                ok = EvalLumaForm(f, y) == t[y];
+            if (ok) {
+                form = f;
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 RgbToYuvForms const* ActiveRgbToYuvForms()
