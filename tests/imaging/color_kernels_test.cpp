@@ -170,13 +170,31 @@ TEST(ColourKernels, ChangedCoefficientsRefitOrFallBack)
     EXPECT_NE(palvet::detail::ActiveYuvToRgbForms(), nullptr);
     CompareAllPaths(2);
 
+    // A red term in U and a sign the multiply-high kernels do not expect:
+    // the general kernels take over.
+    Coefficients odd = saved;
+    odd.fwd[0] = -0.257;
+    odd.back[1] = 0.2;
+    odd.back[4] = 0.392;
+    UseCoefficients(odd);
+    ASSERT_NE(palvet::detail::ActiveRgbToYuvForms(), nullptr);
+    ASSERT_NE(palvet::detail::ActiveYuvToRgbForms(), nullptr);
+    EXPECT_FALSE(palvet::detail::ActiveRgbToYuvForms()->mul);
+    EXPECT_FALSE(palvet::detail::ActiveYuvToRgbForms()->mul);
+    CompareAllPaths(3);
+    odd = saved;
+    odd.back[1] = 0.2;  // multiply-high still fits, the usual layout does not
+    UseCoefficients(odd);
+    EXPECT_TRUE(palvet::detail::ActiveYuvToRgbForms()->mul);
+    CompareAllPaths(4);
+
     // Entries too large for 16-bit sums: that direction goes scalar only.
     Coefficients wide = saved;
     wide.back[2] = 90.0;
     UseCoefficients(wide);
     EXPECT_NE(palvet::detail::ActiveRgbToYuvForms(), nullptr);
     EXPECT_EQ(palvet::detail::ActiveYuvToRgbForms(), nullptr);
-    CompareAllPaths(3);
+    CompareAllPaths(5);
 
     UseCoefficients(saved);
     EXPECT_EQ(RTEXTO_Y[255], 66);
