@@ -156,7 +156,7 @@ TEST(RgbToYuv, ChromaIsTheMeanOfClampedPixelValuesAndFormatsExpandByShifting)
     // 16-bit pixels: fields shift left without replicating high bits; bBGR
     // swaps the red and blue fields.
     uint16_t const p565[2] = {0xF800 | (0x3F << 5) | 0x01, 0x001F};
-    Bytes y565(3), y555(3), ySwap(3);
+    Bytes y565(4), y555(4), ySwap(4);
     RGB565ToYUV422(2, 1, reinterpret_cast<unsigned char const*>(p565), y565.data(), 0, 4, 0);
     EXPECT_EQ(y565[0], ToYuv(248, 252, 8).y);
     EXPECT_EQ(y565[1], ToYuv(0, 0, 248).y);

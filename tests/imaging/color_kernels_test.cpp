@@ -28,44 +28,48 @@ struct Case {
     Convert run;
 };
 
-size_t Rgb24Size(int w, int h) { return static_cast<size_t>(w * 3 + 5) * h; }
-size_t Rgb16Size(int w, int h) { return static_cast<size_t>(w * 2 + 6) * h; }
-size_t ArgbSize(int w, int h) { return static_cast<size_t>(w * 4 + 4) * h; }
-size_t PlanarSize(int w, int h) { return static_cast<size_t>(w) * h * 3; }
+// Exact sizes, so that the sanitizer catches any access past the frame.
+// RGB rows are padded (pitch = row + 5 or 6); the last row is not.
+size_t Rgb24Size(int w, int h) { return static_cast<size_t>(w * 3 + 5) * (h - 1) + w * 3; }
+size_t Rgb16Size(int w, int h) { return static_cast<size_t>(w * 2 + 6) * (h - 1) + w * 2; }
+size_t ArgbSize(int w, int h) { return static_cast<size_t>(w * 4 + 4) * (h - 1) + w * 4; }
+size_t P420(int w, int h) { return static_cast<size_t>(w) * h + 2 * (static_cast<size_t>(w) * h / 4); }
+size_t P422(int w, int h) { return static_cast<size_t>(w) * h + 2 * (static_cast<size_t>(w) * h / 2); }
+size_t P444(int w, int h) { return static_cast<size_t>(w) * h * 3; }
 size_t PackedSize(int w, int h) { return static_cast<size_t>(w / 2) * 4 * h; }
 size_t SpSize(int w, int h) { return static_cast<size_t>(w) * h * 3 / 2; }
 
 std::vector<Case> Cases()
 {
     std::vector<Case> c;
-#define RGB_TO_YUV(fn, bytes, size)                                                                   \
+#define RGB_TO_YUV(fn, bytes, size, planar)                                                           \
     for (int bgr = 0; bgr < 2; ++bgr)                                                                 \
-        c.push_back({#fn, size, PlanarSize, [bgr](int w, int h, unsigned char const* s, unsigned char* d) { \
+        c.push_back({#fn, size, planar, [bgr](int w, int h, unsigned char const* s, unsigned char* d) { \
                          fn(w, -h, s, d, bgr, w * (bytes) + (bytes == 3 ? 5 : 6), bgr);                \
                      }});
-    RGB_TO_YUV(RGB888ToYUV420, 3, Rgb24Size)
-    RGB_TO_YUV(RGB565ToYUV420, 2, Rgb16Size)
-    RGB_TO_YUV(RGB555ToYUV420, 2, Rgb16Size)
-    RGB_TO_YUV(RGB888ToYUV422, 3, Rgb24Size)
-    RGB_TO_YUV(RGB565ToYUV422, 2, Rgb16Size)
-    RGB_TO_YUV(RGB555ToYUV422, 2, Rgb16Size)
-    RGB_TO_YUV(RGB888ToYUV444, 3, Rgb24Size)
-    RGB_TO_YUV(RGB565ToYUV444, 2, Rgb16Size)
-    RGB_TO_YUV(RGB555ToYUV444, 2, Rgb16Size)
-#define YUV_TO_RGB(fn, bytes, size)                                                                   \
+    RGB_TO_YUV(RGB888ToYUV420, 3, Rgb24Size, P420)
+    RGB_TO_YUV(RGB565ToYUV420, 2, Rgb16Size, P420)
+    RGB_TO_YUV(RGB555ToYUV420, 2, Rgb16Size, P420)
+    RGB_TO_YUV(RGB888ToYUV422, 3, Rgb24Size, P422)
+    RGB_TO_YUV(RGB565ToYUV422, 2, Rgb16Size, P422)
+    RGB_TO_YUV(RGB555ToYUV422, 2, Rgb16Size, P422)
+    RGB_TO_YUV(RGB888ToYUV444, 3, Rgb24Size, P444)
+    RGB_TO_YUV(RGB565ToYUV444, 2, Rgb16Size, P444)
+    RGB_TO_YUV(RGB555ToYUV444, 2, Rgb16Size, P444)
+#define YUV_TO_RGB(fn, bytes, size, planar)                                                           \
     for (int bgr = 0; bgr < 2; ++bgr)                                                                 \
-        c.push_back({#fn, PlanarSize, size, [bgr](int w, int h, unsigned char const* s, unsigned char* d) { \
+        c.push_back({#fn, planar, size, [bgr](int w, int h, unsigned char const* s, unsigned char* d) { \
                          fn(-w, h, s, bgr, d, w * (bytes) + (bytes == 3 ? 5 : 6), bgr);                \
                      }});
-    YUV_TO_RGB(YUV420ToRGB888, 3, Rgb24Size)
-    YUV_TO_RGB(YUV420ToRGB565, 2, Rgb16Size)
-    YUV_TO_RGB(YUV420ToRGB555, 2, Rgb16Size)
-    YUV_TO_RGB(YUV422ToRGB888, 3, Rgb24Size)
-    YUV_TO_RGB(YUV422ToRGB565, 2, Rgb16Size)
-    YUV_TO_RGB(YUV422ToRGB555, 2, Rgb16Size)
-    YUV_TO_RGB(YUV444ToRGB888, 3, Rgb24Size)
-    YUV_TO_RGB(YUV444ToRGB565, 2, Rgb16Size)
-    YUV_TO_RGB(YUV444ToRGB555, 2, Rgb16Size)
+    YUV_TO_RGB(YUV420ToRGB888, 3, Rgb24Size, P420)
+    YUV_TO_RGB(YUV420ToRGB565, 2, Rgb16Size, P420)
+    YUV_TO_RGB(YUV420ToRGB555, 2, Rgb16Size, P420)
+    YUV_TO_RGB(YUV422ToRGB888, 3, Rgb24Size, P422)
+    YUV_TO_RGB(YUV422ToRGB565, 2, Rgb16Size, P422)
+    YUV_TO_RGB(YUV422ToRGB555, 2, Rgb16Size, P422)
+    YUV_TO_RGB(YUV444ToRGB888, 3, Rgb24Size, P444)
+    YUV_TO_RGB(YUV444ToRGB565, 2, Rgb16Size, P444)
+    YUV_TO_RGB(YUV444ToRGB555, 2, Rgb16Size, P444)
     for (int bgr = 0; bgr < 2; ++bgr) {
         c.push_back({"YUY2ToRGB888", PackedSize, Rgb24Size,
                      [bgr](int w, int h, unsigned char const* s, unsigned char* d) { YUY2ToRGB888(w, h, s, d, w * 3 + 5, bgr); }});
