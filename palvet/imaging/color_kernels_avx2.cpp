@@ -98,6 +98,8 @@ struct Avx2 {
                : which == 1 ? _mm256_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15, 2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15)
                             : _mm256_setr_epi8(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13, 2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13);
     }
+    PALVET_KERNEL_INLINE static V SmallFlrK(int16_t k) { return Set1(2 * k); }
+    PALVET_KERNEL_INLINE static V SmallFlr(V x, V k2) { return _mm256_mulhi_epi16(x, k2); }
     PALVET_KERNEL_INLINE static V Flr(V x, V k) { return _mm256_mulhi_epi16(_mm256_add_epi16(x, x), k); }
     PALVET_KERNEL_INLINE static V Rnd(V x, V k) { return _mm256_mulhrs_epi16(x, k); }
 

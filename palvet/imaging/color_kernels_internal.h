@@ -13,7 +13,8 @@
 //   LoadU16 / StoreU16   N little-endian 16-bit values
 //   MakeForm(even, odd, shift), Eval(d, form)  table entries for d, with the
 //                        form of `even` in even lanes and `odd` in odd lanes
-//   Rnd(x, k), Flr(x, k) (x * k + 2^14) >> 15 and (x * k) >> 15, x >= 0
+//   Rnd(x, k), Flr(x, k) (x * k + 2^14) >> 15 and (x * k) >> 15, x >= 0;
+//   SmallFlr(x, SmallFlrK(k)) the same as Flr for |k| < 2^14
 //   Abs, SraI<n>, Sll(v, n), Select(m, a, b) (b where m is all ones),
 //   Alternate(even, odd) (constants alternating by lane), DupEven, DupOdd,
 //   CmpEq, SubSatU (unsigned saturating), and where kHasLut:
@@ -104,34 +105,40 @@ struct Kernels {
               rv(I::MakeForm(f.rv, f.rv, f.shift)), gv(I::MakeForm(f.gv, f.gv, f.shift)),
               bv(I::MakeForm(f.bv, f.bv, f.shift)), mul(f.mul), clampFree(f.clampFree),
               kry(I::Set1(f.mry.kRnd)), kgy(I::Set1(f.mgy.kRnd)), kby(I::Set1(f.mby.kRnd)),
-              kru(I::Set1(f.mru.kFlr)), kgu(I::Set1(f.mgu.kFlr)), kbu(I::Set1(f.mbu.kRnd)),
-              krv(I::Set1(f.mrv.kRnd)), kgv(I::Set1(f.mgv.kFlr)), kbv(I::Set1(f.mbv.kFlr)) {}
+              kru(I::SmallFlrK(f.mru.kFlr)), kgu(I::SmallFlrK(f.mgu.kFlr)), kbu(I::Set1(f.mbu.kRnd)),
+              krv(I::Set1(f.mrv.kRnd)), kgv(I::SmallFlrK(f.mgv.kFlr)), kbv(I::SmallFlrK(f.mbv.kFlr)) {}
+
+        static bool Small(int16_t k) { return k >= -16384 && k <= 16383; }
+        // The usual matrices: luma terms and the blue of U and red of V
+        // positive, the rest negative and below 0.5, and no sum that needs
+        // clamping.
+        static bool Standard(RgbToYuvForms const& f)
+        {
+            return f.mul && f.clampFree && Small(f.mru.kFlr) && Small(f.mgu.kFlr) && Small(f.mgv.kFlr) &&
+                   Small(f.mbv.kFlr);
+        }
     };
 
-    // Y of N pixels is stored; their clamped U and V are returned.
-    template <RgbFormat F>
+    // Y of N pixels is stored; their U and V (clamped) are returned.
+    template <RgbFormat F, bool kStd>
     PALVET_KERNEL_INLINE static void RgbBlock(RgbForms const& f, unsigned char const* src, bool swap, unsigned char* y, V& u, V& v)
     {
         V r, g, b;
         LoadPixels<F>(src, swap, r, g, b);
-        if (f.mul) {
+        if constexpr (kStd) {
             // Luma and the positive chroma terms round, the negative ones
             // truncate toward zero (hence subtracted).
             I::StoreU8(y, I::Add(I::Add(I::Rnd(r, f.kry), I::Rnd(g, f.kgy)), I::Add(I::Rnd(b, f.kby), I::Set1(16))));
-            u = I::Sub(I::Add(I::Rnd(b, f.kbu), I::Set1(128)), I::Add(I::Flr(r, f.kru), I::Flr(g, f.kgu)));
-            v = I::Sub(I::Add(I::Rnd(r, f.krv), I::Set1(128)), I::Add(I::Flr(g, f.kgv), I::Flr(b, f.kbv)));
+            u = I::Sub(I::Add(I::Rnd(b, f.kbu), I::Set1(128)), I::Add(I::SmallFlr(r, f.kru), I::SmallFlr(g, f.kgu)));
+            v = I::Sub(I::Add(I::Rnd(r, f.krv), I::Set1(128)), I::Add(I::SmallFlr(g, f.kgv), I::SmallFlr(b, f.kbv)));
         } else {
             I::StoreU8(y, I::Add(I::Add(I::Eval(r, f.ry), I::Eval(g, f.gy)), I::Add(I::Eval(b, f.by), I::Set1(16))));
-            u = I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128)));
-            v = I::Add(I::Add(I::Eval(r, f.rv), I::Eval(g, f.gv)), I::Add(I::Eval(b, f.bv), I::Set1(128)));
-        }
-        if (!f.clampFree) {
-            u = Clamp(u);
-            v = Clamp(v);
+            u = Clamp(I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128))));
+            v = Clamp(I::Add(I::Add(I::Eval(r, f.rv), I::Eval(g, f.gv)), I::Add(I::Eval(b, f.bv), I::Set1(128))));
         }
     }
 
-    template <RgbFormat F, ChromaLayout L>
+    template <RgbFormat F, ChromaLayout L, bool kStd>
     static int RgbToYuv(RgbToYuvRow const& row, RgbToYuvForms const& forms)
     {
         RgbForms const f(forms);
@@ -141,7 +148,7 @@ struct Kernels {
         if constexpr (L == ChromaLayout::C444) {
             for (; x + N <= row.width; x += N) {
                 V u, v;
-                RgbBlock<F>(f, row.src[0] + x * bytes, swap, row.y[0] + x, u, v);
+                RgbBlock<F, kStd>(f, row.src[0] + x * bytes, swap, row.y[0] + x, u, v);
                 I::StoreU8(row.u + x, u);
                 I::StoreU8(row.v + x, v);
             }
@@ -150,10 +157,10 @@ struct Kernels {
                 V us[2], vs[2];
                 for (int h = 0; h < 2; ++h) {
                     int const px = x + h * N;
-                    RgbBlock<F>(f, row.src[0] + px * bytes, swap, row.y[0] + px, us[h], vs[h]);
+                    RgbBlock<F, kStd>(f, row.src[0] + px * bytes, swap, row.y[0] + px, us[h], vs[h]);
                     if constexpr (L == ChromaLayout::C420) {
                         V u1, v1;
-                        RgbBlock<F>(f, row.src[1] + px * bytes, swap, row.y[1] + px, u1, v1);
+                        RgbBlock<F, kStd>(f, row.src[1] + px * bytes, swap, row.y[1] + px, u1, v1);
                         us[h] = I::Add(us[h], u1);
                         vs[h] = I::Add(vs[h], v1);
                     }
@@ -351,13 +358,19 @@ struct Kernels {
         return x;
     }
 
+    template <RgbFormat F, ChromaLayout L>
+    static int RgbToYuvAny(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        return RgbForms::Standard(forms) ? RgbToYuv<F, L, true>(row, forms) : RgbToYuv<F, L, false>(row, forms);
+    }
+
     template <RgbFormat F>
     static int RgbToYuvLayout(RgbToYuvRow const& row, RgbToYuvForms const& forms)
     {
         switch (row.layout) {
-        case ChromaLayout::C420: return RgbToYuv<F, ChromaLayout::C420>(row, forms);
-        case ChromaLayout::C422: return RgbToYuv<F, ChromaLayout::C422>(row, forms);
-        case ChromaLayout::C444: return RgbToYuv<F, ChromaLayout::C444>(row, forms);
+        case ChromaLayout::C420: return RgbToYuvAny<F, ChromaLayout::C420>(row, forms);
+        case ChromaLayout::C422: return RgbToYuvAny<F, ChromaLayout::C422>(row, forms);
+        case ChromaLayout::C444: return RgbToYuvAny<F, ChromaLayout::C444>(row, forms);
         }
         return 0;
     }

@@ -51,6 +51,8 @@ struct Neon {
     // vqrdmulh and vqdmulh double the product, so these are (x*k + 2^14) >> 15
     // and (x*k) >> 15; x is never -32768, so nothing saturates.
     PALVET_KERNEL_INLINE static V Rnd(V x, V k) { return vqrdmulhq_s16(x, k); }
+    PALVET_KERNEL_INLINE static V SmallFlrK(int16_t k) { return Set1(k); }
+    PALVET_KERNEL_INLINE static V SmallFlr(V x, V k) { return vqdmulhq_s16(x, k); }
     PALVET_KERNEL_INLINE static V Flr(V x, V k) { return vqdmulhq_s16(x, k); }
 
     PALVET_KERNEL_INLINE static V MakeLut(unsigned char const* t)

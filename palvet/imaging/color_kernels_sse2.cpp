@@ -50,6 +50,8 @@ struct Sse2 {
     PALVET_KERNEL_INLINE static V Lut16(V, V) { return _mm_setzero_si128(); }
     PALVET_KERNEL_INLINE static V DupEven(V v) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, 0xA0), 0xA0); }
     PALVET_KERNEL_INLINE static V DupOdd(V v) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(v, 0xF5), 0xF5); }
+    PALVET_KERNEL_INLINE static V SmallFlrK(int16_t k) { return Set1(2 * k); }
+    PALVET_KERNEL_INLINE static V SmallFlr(V x, V k2) { return _mm_mulhi_epi16(x, k2); }
     PALVET_KERNEL_INLINE static V Flr(V x, V k) { return _mm_mulhi_epi16(_mm_add_epi16(x, x), k); }
     PALVET_KERNEL_INLINE static V Rnd(V x, V k)
     {
