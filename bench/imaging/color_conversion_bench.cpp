@@ -65,6 +65,18 @@ void BM_YUY2ToARGB32(benchmark::State& state)
     Pixels(state);
 }
 
+// Without an alpha plane (opaque), the same job as libyuv's.
+void BM_YUY2ToARGB32_Opaque(benchmark::State& state)
+{
+    auto src = Frame(kW * kH * 2);
+    std::vector<uint8_t> dst(kW * kH * 4);
+    for (auto _ : state) {
+        YUY2ToARGB32(kW, kH, src.data(), dst.data(), kW * 4, 0, nullptr, 0);
+        benchmark::DoNotOptimize(dst.data());
+    }
+    Pixels(state);
+}
+
 void BM_YUV420SPToYUV420(benchmark::State& state)
 {
     auto src = Frame(kW * kH * 3 / 2);
@@ -79,6 +91,7 @@ void BM_YUV420SPToYUV420(benchmark::State& state)
 BENCHMARK(BM_RGB888ToYUV420);
 BENCHMARK(BM_YUV420ToRGB888);
 BENCHMARK(BM_YUY2ToARGB32);
+BENCHMARK(BM_YUY2ToARGB32_Opaque);
 BENCHMARK(BM_YUV420SPToYUV420);
 
 #if PALVET_BENCH_LIBYUV

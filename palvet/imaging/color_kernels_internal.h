@@ -190,26 +190,34 @@ struct Kernels {
         V lumaK, lumaBelow, excAt[2], excDelta[2];
         int lumaShift, exceptions;
         explicit YuvForms(YuvToRgbForms const& f)
-            : yr(I::MakeForm(f.yr, f.yr, f.shift)), yg(I::MakeForm(f.yg, f.yg, f.shift)),
-              yb(I::MakeForm(f.yb, f.yb, f.shift)), ur(I::MakeForm(f.ur, f.ur, f.shift)),
-              vr(I::MakeForm(f.vr, f.vr, f.shift)), ug(I::MakeForm(f.ug, f.ug, f.shift)),
-              vg(I::MakeForm(f.vg, f.vg, f.shift)), ub(I::MakeForm(f.ub, f.ub, f.shift)),
-              vb(I::MakeForm(f.vb, f.vb, f.shift)), sharedY(f.sharedY), zur(f.ur.zero),
-              zvr(f.vr.zero), zug(f.ug.zero), zvg(f.vg.zero), zub(f.ub.zero), zvb(f.vb.zero), mul(f.mul),
-              mulShift(f.mulShift), rur(I::Set1(f.mur.kRnd)), fur(I::Set1(f.mur.kFlr)),
+            : sharedY(f.sharedY), zur(f.ur.zero), zvr(f.vr.zero), zug(f.ug.zero), zvg(f.vg.zero), zub(f.ub.zero),
+              zvb(f.vb.zero), mul(f.mul), mulShift(f.mulShift), rur(I::Set1(f.mur.kRnd)), fur(I::Set1(f.mur.kFlr)),
               rvr(I::Set1(f.mvr.kRnd)), fvr(I::Set1(f.mvr.kFlr)), rug(I::Set1(f.mug.kRnd)),
               fug(I::Set1(f.mug.kFlr)), rvg(I::Set1(f.mvg.kRnd)), fvg(I::Set1(f.mvg.kFlr)),
               rub(I::Set1(f.mub.kRnd)), fub(I::Set1(f.mub.kFlr)), rvb(I::Set1(f.mvb.kRnd)),
               fvb(I::Set1(f.mvb.kFlr)), lumaK(I::Set1(f.lumaForm.k)), lumaBelow(I::MakeLut(f.lumaForm.below)),
               excAt{I::Set1(f.lumaForm.at[0]), I::Set1(f.lumaForm.at[1])},
               excDelta{I::Set1(f.lumaForm.delta[0]), I::Set1(f.lumaForm.delta[1])},
-              lumaShift(f.lumaForm.shift), exceptions(f.lumaForm.exceptions) {}
+              lumaShift(f.lumaForm.shift), exceptions(f.lumaForm.exceptions)
+        {
+            if (Standard(f))
+                return;  // the general forms are not used
+            yr = I::MakeForm(f.yr, f.yr, f.shift);
+            yg = I::MakeForm(f.yg, f.yg, f.shift);
+            yb = I::MakeForm(f.yb, f.yb, f.shift);
+            ur = I::MakeForm(f.ur, f.ur, f.shift);
+            vr = I::MakeForm(f.vr, f.vr, f.shift);
+            ug = I::MakeForm(f.ug, f.ug, f.shift);
+            vg = I::MakeForm(f.vg, f.vg, f.shift);
+            ub = I::MakeForm(f.ub, f.ub, f.shift);
+            vb = I::MakeForm(f.vb, f.vb, f.shift);
+        }
 
         // The usual matrices: luma shared and in multiply-high form, chroma in
         // multiply-high form, no U term in red and no V term in blue.
         static bool Standard(YuvToRgbForms const& f)
         {
-            return I::kHasLut && f.mul && f.luma && f.ur.zero && f.vb.zero;
+            return I::kHasLut && f.mul && f.luma && f.lumaForm.exceptions <= 1 && f.ur.zero && f.vb.zero;
         }
 
         PALVET_KERNEL_INLINE V Term(bool zero, V d, Form const& form) const
@@ -244,8 +252,8 @@ struct Kernels {
             if constexpr (kStd) {
                 V t = I::Rnd(I::Sll(I::SubSatU(y, I::Set1(16)), lumaShift), lumaK);
                 t = I::Sub(t, I::Lut16(y, lumaBelow));
-                for (int e = 0; e < exceptions; ++e)
-                    t = I::Add(t, I::And(I::CmpEq(y, excAt[e]), excDelta[e]));
+                // At most one exception here; an unused one has delta 0.
+                t = I::Add(t, I::And(I::CmpEq(y, excAt[0]), excDelta[0]));
                 r = g = b = t;
             } else {
                 V const d = I::Sub(y, I::Set1(16));
@@ -301,14 +309,56 @@ struct Kernels {
     // and adding the neighbour lane gives both pixels of a pair their sum.
     static V Alternate(int16_t ku, int16_t kv, bool yvy) { return yvy ? I::Alternate(kv, ku) : I::Alternate(ku, kv); }
 
-    template <RgbFormat F, bool kStd>
-    static int PackedToRgb(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    template <RgbFormat F>
+    PALVET_KERNEL_INLINE static void StorePacked(unsigned char* p, bool swap, V r, V g, V b, V a)
+    {
+        if constexpr (F == RgbFormat::Argb32)
+            I::StoreArgb(p, r, g, b, a);
+        else
+            StorePixels<F>(p, swap, r, g, b);
+    }
+
+    // Standard layout: red has only a V term and blue only a U term, so one
+    // evaluation serves both, U lanes for blue and V lanes for red.
+    template <RgbFormat F, bool kYvy, bool kAlpha>
+    static int PackedStd(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        YuvForms const f(forms);
+        V const rbR = Alternate(forms.mub.kRnd, forms.mvr.kRnd, kYvy);
+        V const rbF = Alternate(forms.mub.kFlr, forms.mvr.kFlr, kYvy);
+        V const gR = Alternate(forms.mug.kRnd, forms.mvg.kRnd, kYvy);
+        V const gF = Alternate(forms.mug.kFlr, forms.mvg.kFlr, kYvy);
+        int const mulShift = forms.mulShift;
+        constexpr int bytes = Bytes<F>();
+        int const width = row.pairs * 2;
+        V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
+        int x = 0;
+        for (; x + N <= width; x += N) {
+            V const w = I::LoadU16(row.src + 2 * x);
+            V const dc = I::Sub(I::template SrlI<8>(w), c128);
+            V const a = I::Sll(I::Abs(dc), mulShift), m = I::template SraI<15>(dc);
+            V const rb = MulTerm<true>(a, m, rbR, rbF);
+            V eg = MulTerm<false>(a, m, gR, gF);
+            eg = I::Add(eg, I::SwapAdjacent(eg));
+            V const er = kYvy ? I::DupEven(rb) : I::DupOdd(rb);
+            V const eb = kYvy ? I::DupOdd(rb) : I::DupEven(rb);
+            V yr, yg, yb;
+            f.template Luma<true>(I::And(w, lowByte), yr, yg, yb);
+            StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Add(yg, eg), I::Add(yb, eb),
+                           kAlpha ? I::LoadU8(row.alpha + x) : opaque);
+        }
+        return x;
+    }
+
+    // Packed pairs: the chroma bytes of N pixels sit in alternating lanes, so
+    // one evaluation with alternating constants gives each lane its own term
+    // and adding the neighbour lane gives both pixels of a pair their sum.
+    template <RgbFormat F>
+    static int PackedGeneral(PackedToRgbRow const& row, YuvToRgbForms const& forms)
     {
         YuvForms const f(forms);
         bool const yvy = row.yvy;
-        TableForm const& ue = yvy ? forms.vr : forms.ur;
-        TableForm const& uo = yvy ? forms.ur : forms.vr;
-        Form const fr = I::MakeForm(ue, uo, forms.shift);
+        Form const fr = I::MakeForm(yvy ? forms.vr : forms.ur, yvy ? forms.ur : forms.vr, forms.shift);
         Form const fg = I::MakeForm(yvy ? forms.vg : forms.ug, yvy ? forms.ug : forms.vg, forms.shift);
         Form const fb = I::MakeForm(yvy ? forms.vb : forms.ub, yvy ? forms.ub : forms.vb, forms.shift);
         V const rr = Alternate(forms.mur.kRnd, forms.mvr.kRnd, yvy);
@@ -322,13 +372,12 @@ struct Kernels {
         constexpr int bytes = Bytes<F>();
         int const width = row.pairs * 2;
         V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
-        unsigned char const* const alpha = row.alpha;
         int x = 0;
         for (; x + N <= width; x += N) {
             V const w = I::LoadU16(row.src + 2 * x);
             V const dc = I::Sub(I::template SrlI<8>(w), c128);
             V er, eg, eb;
-            if (kStd || mul) {
+            if (mul) {
                 V const a = I::Sll(I::Abs(dc), mulShift), m = I::template SraI<15>(dc);
                 er = MulTerm<true>(a, m, rr, fr2);
                 eg = MulTerm<false>(a, m, rg, fg2);
@@ -338,24 +387,25 @@ struct Kernels {
                 eg = I::Eval(dc, fg);
                 eb = I::Eval(dc, fb);
             }
-            if constexpr (kStd) {
-                // Red has only a V term and blue only a U term: copy the lane.
-                er = yvy ? I::DupEven(er) : I::DupOdd(er);
-                eb = yvy ? I::DupOdd(eb) : I::DupEven(eb);
-            } else {
-                er = I::Add(er, I::SwapAdjacent(er));
-                eb = I::Add(eb, I::SwapAdjacent(eb));
-            }
+            er = I::Add(er, I::SwapAdjacent(er));
             eg = I::Add(eg, I::SwapAdjacent(eg));
+            eb = I::Add(eb, I::SwapAdjacent(eb));
             V yr, yg, yb;
-            f.template Luma<kStd>(I::And(w, lowByte), yr, yg, yb);
-            V const r = I::Add(yr, er), g = I::Add(yg, eg), b = I::Add(yb, eb);
-            if constexpr (F == RgbFormat::Argb32)
-                I::StoreArgb(row.dst + x * bytes, r, g, b, alpha ? I::LoadU8(alpha + x) : opaque);
-            else
-                StorePixels<F>(row.dst + x * bytes, row.swapRB, r, g, b);
+            f.template Luma<false>(I::And(w, lowByte), yr, yg, yb);
+            StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Add(yg, eg), I::Add(yb, eb),
+                           row.alpha ? I::LoadU8(row.alpha + x) : opaque);
         }
         return x;
+    }
+
+    template <RgbFormat F>
+    static int PackedAny(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        if (!YuvForms::Standard(forms))
+            return PackedGeneral<F>(row, forms);
+        if (row.yvy)
+            return row.alpha ? PackedStd<F, true, true>(row, forms) : PackedStd<F, true, false>(row, forms);
+        return row.alpha ? PackedStd<F, false, true>(row, forms) : PackedStd<F, false, false>(row, forms);
     }
 
     template <RgbFormat F, ChromaLayout L>
@@ -416,10 +466,8 @@ struct Kernels {
 
     static int PackedToRgbEntry(PackedToRgbRow const& row, YuvToRgbForms const& forms)
     {
-        bool const std = YuvForms::Standard(forms);
-        if (row.format == RgbFormat::Argb32)
-            return std ? PackedToRgb<RgbFormat::Argb32, true>(row, forms) : PackedToRgb<RgbFormat::Argb32, false>(row, forms);
-        return std ? PackedToRgb<RgbFormat::Rgb24, true>(row, forms) : PackedToRgb<RgbFormat::Rgb24, false>(row, forms);
+        return row.format == RgbFormat::Argb32 ? PackedAny<RgbFormat::Argb32>(row, forms)
+                                               : PackedAny<RgbFormat::Rgb24>(row, forms);
     }
 
     static ColourKernels const* Table()
