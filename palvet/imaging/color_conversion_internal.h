@@ -39,14 +39,13 @@ struct MulForm {
 
 // Luma term of YUV to RGB, when all three luma tables are the same: with
 // a = max(y - 16, 0) << shift,
-//     entry = Rnd(a, k) - below[y] (y < 16) + delta[e] (y == at[e]).
-// Exact halves in the products defeat a plain multiply-high for a few y;
-// those few are listed. Needs a 16-entry byte lookup in the kernels.
+//     entry = Rnd(a, k) - below[y] (y < 16) + (y == at ? delta : 0).
+// Exact halves in the products can defeat a plain multiply-high at one y;
+// that one is corrected. Needs a 16-entry byte lookup in the kernels.
 struct LumaForm {
     int16_t k;
     int shift;
-    int exceptions;
-    int16_t at[2], delta[2];
+    int16_t at, delta;  // delta 0: no correction
     unsigned char below[16];
 };
 

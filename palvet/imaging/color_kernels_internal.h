@@ -187,8 +187,8 @@ struct Kernels {
         int mulShift;
         V rur, fur, rvr, fvr, rug, fug, rvg, fvg, rub, fub, rvb, fvb;
         // Luma in multiply-high form (see LumaForm).
-        V lumaK, lumaBelow, excAt[2], excDelta[2];
-        int lumaShift, exceptions;
+        V lumaK, lumaBelow, lumaAt, lumaDelta;
+        int lumaShift;
         explicit YuvForms(YuvToRgbForms const& f)
             : sharedY(f.sharedY), zur(f.ur.zero), zvr(f.vr.zero), zug(f.ug.zero), zvg(f.vg.zero), zub(f.ub.zero),
               zvb(f.vb.zero), mul(f.mul), mulShift(f.mulShift), rur(I::Set1(f.mur.kRnd)), fur(I::Set1(f.mur.kFlr)),
@@ -196,9 +196,7 @@ struct Kernels {
               fug(I::Set1(f.mug.kFlr)), rvg(I::Set1(f.mvg.kRnd)), fvg(I::Set1(f.mvg.kFlr)),
               rub(I::Set1(f.mub.kRnd)), fub(I::Set1(f.mub.kFlr)), rvb(I::Set1(f.mvb.kRnd)),
               fvb(I::Set1(f.mvb.kFlr)), lumaK(I::Set1(f.lumaForm.k)), lumaBelow(I::MakeLut(f.lumaForm.below)),
-              excAt{I::Set1(f.lumaForm.at[0]), I::Set1(f.lumaForm.at[1])},
-              excDelta{I::Set1(f.lumaForm.delta[0]), I::Set1(f.lumaForm.delta[1])},
-              lumaShift(f.lumaForm.shift), exceptions(f.lumaForm.exceptions)
+              lumaAt(I::Set1(f.lumaForm.at)), lumaDelta(I::Set1(f.lumaForm.delta)), lumaShift(f.lumaForm.shift)
         {
             if (Standard(f))
                 return;  // the general forms are not used
@@ -217,7 +215,7 @@ struct Kernels {
         // multiply-high form, no U term in red and no V term in blue.
         static bool Standard(YuvToRgbForms const& f)
         {
-            return I::kHasLut && f.mul && f.luma && f.lumaForm.exceptions <= 1 && f.ur.zero && f.vb.zero;
+            return I::kHasLut && f.mul && f.luma && f.ur.zero && f.vb.zero;
         }
 
         PALVET_KERNEL_INLINE V Term(bool zero, V d, Form const& form) const
@@ -252,8 +250,7 @@ struct Kernels {
             if constexpr (kStd) {
                 V t = I::Rnd(I::Sll(I::SubSatU(y, I::Set1(16)), lumaShift), lumaK);
                 t = I::Sub(t, I::Lut16(y, lumaBelow));
-                // At most one exception here; an unused one has delta 0.
-                t = I::Add(t, I::And(I::CmpEq(y, excAt[0]), excDelta[0]));
+                t = I::Add(t, I::And(I::CmpEq(y, lumaAt), lumaDelta));
                 r = g = b = t;
             } else {
                 V const d = I::Sub(y, I::Set1(16));

@@ -348,15 +348,12 @@ int EvalMulForm(MulForm const& form, int shift, bool positive, int d)
 int EvalLumaForm(LumaForm const& form, int y)
 {
     int const a = (y > 16 ? y - 16 : 0) << form.shift;
-    int v = ((a * form.k + 16384) >> 15) - (y < 16 ? form.below[y] : 0);
-    for (int e = 0; e < form.exceptions; ++e)
-        if (y == form.at[e])
-            v += form.delta[e];
-    return v;
+    int const v = ((a * form.k + 16384) >> 15) - (y < 16 ? form.below[y] : 0);
+    return y == form.at ? v + form.delta : v;
 }
 
 // Tries the shifts that keep k in 16 bits and, for each, every k near the
-// slope; keeps the first with at most two off-by-one entries.
+// slope; keeps the first with at most one off-by-one entry.
 bool FitLumaForm(int const* t, LumaForm& form)
 {
     for (int y = 0; y < 16; ++y)
@@ -379,11 +376,9 @@ bool FitLumaForm(int const* t, LumaForm& form)
                 int const delta = t[y] - static_cast<int>((a * k + 16384) >> 15);
                 if (delta == 0)
                     continue;
-                ok = (delta == 1 || delta == -1) && f.exceptions < 2;
-                if (ok) {
-                    f.at[f.exceptions] = static_cast<int16_t>(y);
-                    f.delta[f.exceptions++] = static_cast<int16_t>(delta);
-                }
+                ok = (delta == 1 || delta == -1) && f.delta == 0;
+                f.at = static_cast<int16_t>(y);
+                f.delta = static_cast<int16_t>(delta);
             }
             if (!ok)
                 continue;
