@@ -351,3 +351,68 @@ TEST(ColourConversions, BadArgumentsWriteNothing)
     RGB565ToRGB888(4, -2, src.data(), dst.data(), 8, 12, 0);
     EXPECT_EQ(dst, untouched);
 }
+
+TEST(ColourConversions, OddLastColumnAndRowStayUnwritten)
+{
+    int const w = 5, h = 5, pitch = w * 3 + 1;
+    Bytes const rgb = Random(pitch * h, 3);
+    using ToYuv = void (*)(int, int, unsigned char const*, unsigned char*, int, int, int);
+    struct {
+        ToYuv fn;
+        bool rows;  // odd last row skipped too (4:2:0)
+        int bytes;
+    } const toYuv[] = {{RGB888ToYUV420, true, 3}, {RGB565ToYUV420, true, 2}, {RGB555ToYUV422, false, 2},
+                       {RGB888ToYUV422, false, 3}};
+    for (auto const& c : toYuv) {
+        Bytes out(w * h * 2, 0xEE);
+        c.fn(w, h, rgb.data(), out.data(), 0, w * c.bytes + 1, 0);
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x) {
+                bool const skipped = x == w - 1 || (c.rows && y == h - 1);
+                EXPECT_EQ(out[y * w + x] == 0xEE, skipped) << x << "," << y;
+            }
+    }
+
+    using ToRgb = void (*)(int, int, unsigned char const*, int, unsigned char*, int, int);
+    struct {
+        ToRgb fn;
+        bool rows;
+        int bytes;
+    } const toRgb[] = {{YUV420ToRGB565, true, 2}, {YUV422ToRGB888, false, 3}, {YUV422ToRGB555, false, 2}};
+    Bytes const yuv = Random(w * h * 2, 4);
+    for (auto const& c : toRgb) {
+        Bytes out(pitch * h, 0xEE);
+        c.fn(w, h, yuv.data(), 0, out.data(), pitch, 0);
+        for (int y = 0; y < h; ++y) {
+            bool const rowSkipped = c.rows && y == h - 1;
+            unsigned char const* last = &out[y * pitch + (w - 1) * c.bytes];
+            for (int b = 0; b < c.bytes; ++b)
+                EXPECT_EQ(last[b], 0xEE);
+            if (rowSkipped) {
+                for (int x = 0; x < w * c.bytes; ++x)
+                    EXPECT_EQ(out[y * pitch + x], 0xEE);
+            }
+        }
+    }
+}
+
+TEST(YuvLayouts, OddSizes)
+{
+    // 4:2:2 packed to 4:2:0 keeps the Y of an odd last row.
+    int const w = 4, h = 3;
+    Bytes packed = Random(w / 2 * 4 * h, 5);
+    Bytes out(w * h + 2 * (w * h / 4), 0);
+    YUYV422ToYUV420(w, h, packed.data(), out.data(), 0);
+    EXPECT_EQ(out[2 * w], packed[2 * 8]);
+    EXPECT_EQ(out[2 * w + 1], packed[2 * 8 + 2]);
+
+    // w*h not a multiple of 4: the later plane starts at w*h*5/4 and every
+    // chroma byte lands in order.
+    unsigned char const sp[3 * 3 + 4] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4};
+    unsigned char planar[3 * 3 + 4] = {};
+    YUV420SPToYUV420(3, 3, sp, planar, 0);
+    EXPECT_EQ(planar[9], 1);
+    EXPECT_EQ(planar[10], 3);
+    EXPECT_EQ(planar[11], 2);  // 9 * 5 / 4 = 11
+    EXPECT_EQ(planar[12], 4);
+}
