@@ -15,7 +15,8 @@
 //                        form of `even` in even lanes and `odd` in odd lanes
 //   Rnd(x, k), Flr(x, k) (x * k + 2^14) >> 15 and (x * k) >> 15, x >= 0;
 //   SmallFlr(x, SmallFlrK(k)) the same as Flr for |k| < 2^14
-//   Abs, SraI<n>, Sll(v, n), Select(m, a, b) (b where m is all ones),
+//   Abs, NegMask (all ones where negative), Sll(v, n), Select(m, a, b)
+//   (b where m is all ones),
 //   Alternate(even, odd) (constants alternating by lane), DupEven, DupOdd,
 //   CmpEq, SubSatU (unsigned saturating), and where kHasLut:
 //   MakeLut(16 bytes), Lut16(y, lut) (lut[y] for y < 16, else 0)
@@ -227,7 +228,7 @@ struct Kernels {
         {
             if (kStd || mul) {
                 V const au = I::Sll(I::Abs(du), mulShift), av = I::Sll(I::Abs(dv), mulShift);
-                V const mu = I::template SraI<15>(du), mv = I::template SraI<15>(dv);
+                V const mu = I::NegMask(du), mv = I::NegMask(dv);
                 if constexpr (kStd) {
                     cr = MulTerm<true>(av, mv, rvr, fvr);
                     cg = I::Add(MulTerm<false>(au, mu, rug, fug), MulTerm<false>(av, mv, rvg, fvg));
@@ -301,9 +302,8 @@ struct Kernels {
         return x;
     }
 
-    // Packed pairs: the chroma bytes of N pixels sit in alternating lanes, so
-    // one evaluation with alternating constants gives each lane its own term
-    // and adding the neighbour lane gives both pixels of a pair their sum.
+    // Packed pairs: the chroma bytes of N pixels sit in alternating lanes (U
+    // then V, or V then U), so constants alternate the same way.
     static V Alternate(int16_t ku, int16_t kv, bool yvy) { return yvy ? I::Alternate(kv, ku) : I::Alternate(ku, kv); }
 
     template <RgbFormat F>
@@ -333,7 +333,7 @@ struct Kernels {
         for (; x + N <= width; x += N) {
             V const w = I::LoadU16(row.src + 2 * x);
             V const dc = I::Sub(I::template SrlI<8>(w), c128);
-            V const a = I::Sll(I::Abs(dc), mulShift), m = I::template SraI<15>(dc);
+            V const a = I::Sll(I::Abs(dc), mulShift), m = I::NegMask(dc);
             V const rb = MulTerm<true>(a, m, rbR, rbF);
             V eg = MulTerm<false>(a, m, gR, gF);
             eg = I::Add(eg, I::SwapAdjacent(eg));
@@ -347,9 +347,8 @@ struct Kernels {
         return x;
     }
 
-    // Packed pairs: the chroma bytes of N pixels sit in alternating lanes, so
-    // one evaluation with alternating constants gives each lane its own term
-    // and adding the neighbour lane gives both pixels of a pair their sum.
+    // One evaluation with alternating constants gives each lane its own term;
+    // adding the neighbour lane gives both pixels of a pair their sum.
     template <RgbFormat F>
     static int PackedGeneral(PackedToRgbRow const& row, YuvToRgbForms const& forms)
     {
@@ -375,7 +374,7 @@ struct Kernels {
             V const dc = I::Sub(I::template SrlI<8>(w), c128);
             V er, eg, eb;
             if (mul) {
-                V const a = I::Sll(I::Abs(dc), mulShift), m = I::template SraI<15>(dc);
+                V const a = I::Sll(I::Abs(dc), mulShift), m = I::NegMask(dc);
                 er = MulTerm<true>(a, m, rr, fr2);
                 eg = MulTerm<false>(a, m, rg, fg2);
                 eb = MulTerm<true>(a, m, rb, fb2);
