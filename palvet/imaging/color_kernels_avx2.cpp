@@ -69,6 +69,7 @@ struct Avx2 {
     PALVET_KERNEL_INLINE static V SllI(V v) { return _mm256_slli_epi16(v, n); }
 
     PALVET_KERNEL_INLINE static V NegMask(V v) { return _mm256_cmpgt_epi16(_mm256_setzero_si256(), v); }
+    PALVET_KERNEL_INLINE static V Sign(V x, V d) { return _mm256_sign_epi16(x, d); }
     PALVET_KERNEL_INLINE static V Abs(V v) { return _mm256_abs_epi16(v); }
     PALVET_KERNEL_INLINE static V Sll(V v, int n) { return _mm256_sll_epi16(v, _mm_cvtsi32_si128(n)); }
     PALVET_KERNEL_INLINE static V Select(V m, V a, V b) { return _mm256_blendv_epi8(a, b, m); }

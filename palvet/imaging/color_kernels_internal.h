@@ -18,7 +18,8 @@
 //   Abs, NegMask (all ones where negative), Sll(v, n), Select(m, a, b)
 //   (b where m is all ones),
 //   Alternate(even, odd) (constants alternating by lane), DupEven, DupOdd,
-//   CmpEq, SubSatU (unsigned saturating), and where kHasLut:
+//   Sign(x, d) (x negated where d < 0; x is 0 where d is), CmpEq,
+//   SubSatU (unsigned saturating), and where kHasLut:
 //   MakeLut(16 bytes), Lut16(y, lut) (lut[y] for y < 16, else 0)
 //   PairSum(a, b)        sums of adjacent lanes of a, then of b
 //   Dup(c, lo, hi)       every lane of c twice, in order
@@ -335,13 +336,15 @@ struct Kernels {
             V const dc = I::Sub(I::template SrlI<8>(w), c128);
             V const a = I::Sll(I::Abs(dc), mulShift), m = I::NegMask(dc);
             V const rb = MulTerm<true>(a, m, rbR, rbF);
-            V eg = MulTerm<false>(a, m, gR, gF);
-            eg = I::Add(eg, I::SwapAdjacent(eg));
+            // Green's terms are negative where d >= 0: Sign yields their
+            // negation directly, which is then subtracted.
+            V ng = I::Sign(I::Select(m, I::Flr(a, gF), I::Rnd(a, gR)), dc);
+            ng = I::Add(ng, I::SwapAdjacent(ng));
             V const er = kYvy ? I::DupEven(rb) : I::DupOdd(rb);
             V const eb = kYvy ? I::DupOdd(rb) : I::DupEven(rb);
             V yr, yg, yb;
             f.template Luma<true>(I::And(w, lowByte), yr, yg, yb);
-            StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Add(yg, eg), I::Add(yb, eb),
+            StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Sub(yg, ng), I::Add(yb, eb),
                            kAlpha ? I::LoadU8(row.alpha + x) : opaque);
         }
         return x;

@@ -35,6 +35,7 @@ struct Neon {
     PALVET_KERNEL_INLINE static V SllI(V v) { return vshlq_n_s16(v, n); }
     PALVET_KERNEL_INLINE static V Sll(V v, int n) { return vshlq_s16(v, vdupq_n_s16(static_cast<int16_t>(n))); }
     PALVET_KERNEL_INLINE static V NegMask(V v) { return vreinterpretq_s16_u16(vcltq_s16(v, vdupq_n_s16(0))); }
+    PALVET_KERNEL_INLINE static V Sign(V x, V d) { return vbslq_s16(vcltq_s16(d, vdupq_n_s16(0)), vnegq_s16(x), x); }
     PALVET_KERNEL_INLINE static V Abs(V v) { return vabsq_s16(v); }
     PALVET_KERNEL_INLINE static V Select(V m, V a, V b) { return vbslq_s16(vreinterpretq_u16_s16(m), b, a); }
     PALVET_KERNEL_INLINE static V CmpEq(V a, V b) { return vreinterpretq_s16_u16(vceqq_s16(a, b)); }

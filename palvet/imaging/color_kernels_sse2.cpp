@@ -33,6 +33,11 @@ struct Sse2 {
     PALVET_KERNEL_INLINE static V SllI(V v) { return _mm_slli_epi16(v, n); }
 
     PALVET_KERNEL_INLINE static V NegMask(V v) { return _mm_cmpgt_epi16(_mm_setzero_si128(), v); }
+    PALVET_KERNEL_INLINE static V Sign(V x, V d)
+    {
+        V const m = NegMask(d);
+        return _mm_sub_epi16(_mm_xor_si128(x, m), m);
+    }
     PALVET_KERNEL_INLINE static V Abs(V v) { return _mm_max_epi16(v, _mm_sub_epi16(_mm_setzero_si128(), v)); }
     PALVET_KERNEL_INLINE static V Sll(V v, int n) { return _mm_sll_epi16(v, _mm_cvtsi32_si128(n)); }
     PALVET_KERNEL_INLINE static V Select(V m, V a, V b) { return _mm_xor_si128(a, _mm_and_si128(m, _mm_xor_si128(a, b))); }
