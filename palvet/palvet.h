@@ -11,6 +11,7 @@
 #include <palvet/core/export.h>
 #include <palvet/files/file_utils.h>
 #include <palvet/imaging/bmp.h>
+#include <palvet/imaging/color_conversion.h>
 #include <palvet/imaging/drawing.h>
 #include <palvet/imaging/geometry.h>
 #include <palvet/text/buffer.h>

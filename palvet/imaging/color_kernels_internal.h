@@ -1,0 +1,483 @@
+#ifndef PALVET_IMAGING_COLOR_KERNELS_INTERNAL_H
+#define PALVET_IMAGING_COLOR_KERNELS_INTERNAL_H
+
+// Row kernels for the colour conversions, written once over an instruction
+// set description `I` and instantiated by each *_sse2/_avx2/_neon source.
+// Everything here has internal linkage so that code built for a wider
+// instruction set can never be merged into a caller built for a narrower one;
+// for the same reason nothing here calls inline library templates.
+//
+// `I` provides a vector V of I::N signed 16-bit lanes and:
+//   Set1, Add, Sub, Max, Min, And, Or, SrlI<n>, SllI<n> (16-bit lanes)
+//   LoadU8 / StoreU8     N bytes <-> N lanes (the store saturates to 0..255)
+//   LoadU16 / StoreU16   N little-endian 16-bit values
+//   MakeForm(even, odd, shift), Eval(d, form)  table entries for d, with the
+//                        form of `even` in even lanes and `odd` in odd lanes
+//   Rnd(x, k), Flr(x, k) (x * k + 2^14) >> 15 and (x * k) >> 15, x >= 0;
+//   SmallFlr(x, SmallFlrK(k)) the same as Flr for |k| < 2^14
+//   Abs, NegMask (all ones where negative), Sll(v, n), Select(m, a, b)
+//   (b where m is all ones),
+//   Alternate(even, odd) (constants alternating by lane), DupEven, DupOdd,
+//   Sign(x, d) (x negated where d < 0; x is 0 where d is), CmpEq,
+//   SubSatU (unsigned saturating), and where kHasLut:
+//   MakeLut(16 bytes), Lut16(y, lut) (lut[y] for y < 16, else 0)
+//   PairSum(a, b)        sums of adjacent lanes of a, then of b
+//   Dup(c, lo, hi)       every lane of c twice, in order
+//   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
+//   LoadRgb24 / StoreRgb24 / StoreArgb   N interleaved pixels (stores saturate)
+//   SplitPairs / JoinPairs               interleaved bytes <-> two planes
+
+#include <palvet/imaging/color_conversion_internal.h>
+
+// The per-block helpers must melt into the row loops: a call per block
+// passes vectors through memory.
+#define PALVET_KERNEL_INLINE inline __attribute__((always_inline))
+
+namespace palvet::detail {
+namespace {
+
+template <class I>
+struct Kernels {
+    using V = typename I::V;
+    using Form = typename I::Form;
+    static constexpr int N = I::N;
+
+    PALVET_KERNEL_INLINE static V Clamp(V v) { return I::Max(I::Min(v, I::Set1(255)), I::Set1(0)); }
+
+    template <RgbFormat F>
+    static constexpr int Bytes()
+    {
+        return F == RgbFormat::Rgb24 ? 3 : (F == RgbFormat::Argb32 ? 4 : 2);
+    }
+
+    template <RgbFormat F>
+    PALVET_KERNEL_INLINE static void LoadPixels(unsigned char const* p, bool swap, V& r, V& g, V& b)
+    {
+        if constexpr (F == RgbFormat::Rgb24) {
+            I::LoadRgb24(p, r, g, b);
+        } else {
+            V const v = I::LoadU16(p);
+            if constexpr (F == RgbFormat::Rgb565) {
+                r = I::template SllI<3>(I::template SrlI<11>(v));
+                g = I::template SllI<2>(I::And(I::template SrlI<5>(v), I::Set1(0x3F)));
+            } else {
+                r = I::template SllI<3>(I::And(I::template SrlI<10>(v), I::Set1(0x1F)));
+                g = I::template SllI<3>(I::And(I::template SrlI<5>(v), I::Set1(0x1F)));
+            }
+            b = I::template SllI<3>(I::And(v, I::Set1(0x1F)));
+        }
+        if (swap) {
+            V t = r;
+            r = b;
+            b = t;
+        }
+    }
+
+    // r, g and b are unclamped sums.
+    template <RgbFormat F>
+    PALVET_KERNEL_INLINE static void StorePixels(unsigned char* p, bool swap, V r, V g, V b)
+    {
+        if (swap) {
+            V t = r;
+            r = b;
+            b = t;
+        }
+        if constexpr (F == RgbFormat::Rgb24) {
+            I::StoreRgb24(p, r, g, b);
+        } else {
+            r = I::template SrlI<3>(Clamp(r));
+            b = I::template SrlI<3>(Clamp(b));
+            V v;
+            if constexpr (F == RgbFormat::Rgb565)
+                v = I::Or(I::Or(I::template SllI<11>(r), I::template SllI<5>(I::template SrlI<2>(Clamp(g)))), b);
+            else
+                v = I::Or(I::Or(I::template SllI<10>(r), I::template SllI<5>(I::template SrlI<3>(Clamp(g)))), b);
+            I::StoreU16(p, v);
+        }
+    }
+
+    struct RgbForms {
+        Form ry, gy, by, ru, gu, bu, rv, gv, bv;
+        bool mul, clampFree;
+        V kry, kgy, kby, kru, kgu, kbu, krv, kgv, kbv;
+        explicit RgbForms(RgbToYuvForms const& f)
+            : ry(I::MakeForm(f.ry, f.ry, f.shift)), gy(I::MakeForm(f.gy, f.gy, f.shift)),
+              by(I::MakeForm(f.by, f.by, f.shift)), ru(I::MakeForm(f.ru, f.ru, f.shift)),
+              gu(I::MakeForm(f.gu, f.gu, f.shift)), bu(I::MakeForm(f.bu, f.bu, f.shift)),
+              rv(I::MakeForm(f.rv, f.rv, f.shift)), gv(I::MakeForm(f.gv, f.gv, f.shift)),
+              bv(I::MakeForm(f.bv, f.bv, f.shift)), mul(f.mul), clampFree(f.clampFree),
+              kry(I::Set1(f.mry.kRnd)), kgy(I::Set1(f.mgy.kRnd)), kby(I::Set1(f.mby.kRnd)),
+              kru(I::SmallFlrK(f.mru.kFlr)), kgu(I::SmallFlrK(f.mgu.kFlr)), kbu(I::Set1(f.mbu.kRnd)),
+              krv(I::Set1(f.mrv.kRnd)), kgv(I::SmallFlrK(f.mgv.kFlr)), kbv(I::SmallFlrK(f.mbv.kFlr)) {}
+
+        static bool Small(int16_t k) { return k >= -16384 && k <= 16383; }
+        // The usual matrices: luma terms and the blue of U and red of V
+        // positive, the rest negative and below 0.5, and no sum that needs
+        // clamping.
+        static bool Standard(RgbToYuvForms const& f)
+        {
+            return f.mul && f.clampFree && Small(f.mru.kFlr) && Small(f.mgu.kFlr) && Small(f.mgv.kFlr) &&
+                   Small(f.mbv.kFlr);
+        }
+    };
+
+    // Y of N pixels is stored; their U and V (clamped) are returned.
+    template <RgbFormat F, bool kStd>
+    PALVET_KERNEL_INLINE static void RgbBlock(RgbForms const& f, unsigned char const* src, bool swap, unsigned char* y, V& u, V& v)
+    {
+        V r, g, b;
+        LoadPixels<F>(src, swap, r, g, b);
+        if constexpr (kStd) {
+            // Luma and the positive chroma terms round, the negative ones
+            // truncate toward zero (hence subtracted).
+            I::StoreU8(y, I::Add(I::Add(I::Rnd(r, f.kry), I::Rnd(g, f.kgy)), I::Add(I::Rnd(b, f.kby), I::Set1(16))));
+            u = I::Sub(I::Add(I::Rnd(b, f.kbu), I::Set1(128)), I::Add(I::SmallFlr(r, f.kru), I::SmallFlr(g, f.kgu)));
+            v = I::Sub(I::Add(I::Rnd(r, f.krv), I::Set1(128)), I::Add(I::SmallFlr(g, f.kgv), I::SmallFlr(b, f.kbv)));
+        } else {
+            I::StoreU8(y, I::Add(I::Add(I::Eval(r, f.ry), I::Eval(g, f.gy)), I::Add(I::Eval(b, f.by), I::Set1(16))));
+            u = Clamp(I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128))));
+            v = Clamp(I::Add(I::Add(I::Eval(r, f.rv), I::Eval(g, f.gv)), I::Add(I::Eval(b, f.bv), I::Set1(128))));
+        }
+    }
+
+    template <RgbFormat F, ChromaLayout L, bool kStd>
+    static int RgbToYuv(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        RgbForms const f(forms);
+        constexpr int bytes = Bytes<F>();
+        bool const swap = row.swapRB;
+        int x = 0;
+        if constexpr (L == ChromaLayout::C444) {
+            for (; x + N <= row.width; x += N) {
+                V u, v;
+                RgbBlock<F, kStd>(f, row.src[0] + x * bytes, swap, row.y[0] + x, u, v);
+                I::StoreU8(row.u + x, u);
+                I::StoreU8(row.v + x, v);
+            }
+        } else {
+            for (; x + 2 * N <= row.width; x += 2 * N) {
+                V us[2], vs[2];
+                for (int h = 0; h < 2; ++h) {
+                    int const px = x + h * N;
+                    RgbBlock<F, kStd>(f, row.src[0] + px * bytes, swap, row.y[0] + px, us[h], vs[h]);
+                    if constexpr (L == ChromaLayout::C420) {
+                        V u1, v1;
+                        RgbBlock<F, kStd>(f, row.src[1] + px * bytes, swap, row.y[1] + px, u1, v1);
+                        us[h] = I::Add(us[h], u1);
+                        vs[h] = I::Add(vs[h], v1);
+                    }
+                }
+                constexpr int shift = L == ChromaLayout::C420 ? 2 : 1;
+                I::StoreU8(row.u + x / 2, I::template SrlI<shift>(I::PairSum(us[0], us[1])));
+                I::StoreU8(row.v + x / 2, I::template SrlI<shift>(I::PairSum(vs[0], vs[1])));
+            }
+        }
+        return x;
+    }
+
+    // Chroma term of a table in multiply-high form; m marks d < 0.
+    template <bool kPositive>
+    PALVET_KERNEL_INLINE static V MulTerm(V a, V m, V kRnd, V kFlr)
+    {
+        V const rnd = I::Rnd(a, kRnd), flr = I::Sub(I::Set1(0), I::Flr(a, kFlr));
+        return kPositive ? I::Select(m, rnd, flr) : I::Select(m, flr, rnd);
+    }
+
+    struct YuvForms {
+        Form yr, yg, yb, ur, vr, ug, vg, ub, vb;
+        bool sharedY, zur, zvr, zug, zvg, zub, zvb, mul;
+        int mulShift;
+        V rur, fur, rvr, fvr, rug, fug, rvg, fvg, rub, fub, rvb, fvb;
+        // Luma in multiply-high form (see LumaForm).
+        V lumaK, lumaBelow, lumaAt, lumaDelta;
+        int lumaShift;
+        explicit YuvForms(YuvToRgbForms const& f)
+            : sharedY(f.sharedY), zur(f.ur.zero), zvr(f.vr.zero), zug(f.ug.zero), zvg(f.vg.zero), zub(f.ub.zero),
+              zvb(f.vb.zero), mul(f.mul), mulShift(f.mulShift), rur(I::Set1(f.mur.kRnd)), fur(I::Set1(f.mur.kFlr)),
+              rvr(I::Set1(f.mvr.kRnd)), fvr(I::Set1(f.mvr.kFlr)), rug(I::Set1(f.mug.kRnd)),
+              fug(I::Set1(f.mug.kFlr)), rvg(I::Set1(f.mvg.kRnd)), fvg(I::Set1(f.mvg.kFlr)),
+              rub(I::Set1(f.mub.kRnd)), fub(I::Set1(f.mub.kFlr)), rvb(I::Set1(f.mvb.kRnd)),
+              fvb(I::Set1(f.mvb.kFlr)), lumaK(I::Set1(f.lumaForm.k)), lumaBelow(I::MakeLut(f.lumaForm.below)),
+              lumaAt(I::Set1(f.lumaForm.at)), lumaDelta(I::Set1(f.lumaForm.delta)), lumaShift(f.lumaForm.shift)
+        {
+            if (Standard(f))
+                return;  // the general forms are not used
+            yr = I::MakeForm(f.yr, f.yr, f.shift);
+            yg = I::MakeForm(f.yg, f.yg, f.shift);
+            yb = I::MakeForm(f.yb, f.yb, f.shift);
+            ur = I::MakeForm(f.ur, f.ur, f.shift);
+            vr = I::MakeForm(f.vr, f.vr, f.shift);
+            ug = I::MakeForm(f.ug, f.ug, f.shift);
+            vg = I::MakeForm(f.vg, f.vg, f.shift);
+            ub = I::MakeForm(f.ub, f.ub, f.shift);
+            vb = I::MakeForm(f.vb, f.vb, f.shift);
+        }
+
+        // The usual matrices: luma shared and in multiply-high form, chroma in
+        // multiply-high form, no U term in red and no V term in blue.
+        static bool Standard(YuvToRgbForms const& f)
+        {
+            return I::kHasLut && f.mul && f.luma && f.ur.zero && f.vb.zero;
+        }
+
+        PALVET_KERNEL_INLINE V Term(bool zero, V d, Form const& form) const
+        {
+            return zero ? I::Set1(0) : I::Eval(d, form);
+        }
+        template <bool kStd>
+        PALVET_KERNEL_INLINE void Chroma(V du, V dv, V& cr, V& cg, V& cb) const
+        {
+            if (kStd || mul) {
+                V const au = I::Sll(I::Abs(du), mulShift), av = I::Sll(I::Abs(dv), mulShift);
+                V const mu = I::NegMask(du), mv = I::NegMask(dv);
+                if constexpr (kStd) {
+                    cr = MulTerm<true>(av, mv, rvr, fvr);
+                    cg = I::Add(MulTerm<false>(au, mu, rug, fug), MulTerm<false>(av, mv, rvg, fvg));
+                    cb = MulTerm<true>(au, mu, rub, fub);
+                } else {
+                    V const zero = I::Set1(0);
+                    cr = I::Add(zur ? zero : MulTerm<true>(au, mu, rur, fur), zvr ? zero : MulTerm<true>(av, mv, rvr, fvr));
+                    cg = I::Add(zug ? zero : MulTerm<false>(au, mu, rug, fug), zvg ? zero : MulTerm<false>(av, mv, rvg, fvg));
+                    cb = I::Add(zub ? zero : MulTerm<true>(au, mu, rub, fub), zvb ? zero : MulTerm<true>(av, mv, rvb, fvb));
+                }
+                return;
+            }
+            cr = I::Add(Term(zur, du, ur), Term(zvr, dv, vr));
+            cg = I::Add(Term(zug, du, ug), Term(zvg, dv, vg));
+            cb = I::Add(Term(zub, du, ub), Term(zvb, dv, vb));
+        }
+        template <bool kStd>
+        PALVET_KERNEL_INLINE void Luma(V y, V& r, V& g, V& b) const
+        {
+            if constexpr (kStd) {
+                V t = I::Rnd(I::Sll(I::SubSatU(y, I::Set1(16)), lumaShift), lumaK);
+                t = I::Sub(t, I::Lut16(y, lumaBelow));
+                t = I::Add(t, I::And(I::CmpEq(y, lumaAt), lumaDelta));
+                r = g = b = t;
+            } else {
+                V const d = I::Sub(y, I::Set1(16));
+                r = I::Eval(d, yr);
+                g = sharedY ? r : I::Eval(d, yg);
+                b = sharedY ? r : I::Eval(d, yb);
+            }
+        }
+    };
+
+    template <RgbFormat F, ChromaLayout L, bool kStd>
+    static int YuvToRgb(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        YuvForms const f(forms);
+        constexpr int bytes = Bytes<F>();
+        bool const swap = row.swapRB;
+        int const rows = row.y[1] ? 2 : 1;
+        V const c128 = I::Set1(128);
+        int x = 0;
+        if constexpr (L == ChromaLayout::C444) {
+            for (; x + N <= row.width; x += N) {
+                V cr, cg, cb, yr, yg, yb;
+                f.template Chroma<kStd>(I::Sub(I::LoadU8(row.u + x), c128), I::Sub(I::LoadU8(row.v + x), c128), cr,
+                                        cg, cb);
+                f.template Luma<kStd>(I::LoadU8(row.y[0] + x), yr, yg, yb);
+                StorePixels<F>(row.dst[0] + x * bytes, swap, I::Add(yr, cr), I::Add(yg, cg), I::Add(yb, cb));
+            }
+        } else {
+            for (; x + 2 * N <= row.width; x += 2 * N) {
+                V cr, cg, cb;
+                f.template Chroma<kStd>(I::Sub(I::LoadU8(row.u + x / 2), c128),
+                                        I::Sub(I::LoadU8(row.v + x / 2), c128), cr, cg, cb);
+                V crs[2], cgs[2], cbs[2];
+                I::Dup(cr, crs[0], crs[1]);
+                I::Dup(cg, cgs[0], cgs[1]);
+                I::Dup(cb, cbs[0], cbs[1]);
+                for (int k = 0; k < rows; ++k) {
+                    for (int h = 0; h < 2; ++h) {
+                        int const px = x + h * N;
+                        V yr, yg, yb;
+                        f.template Luma<kStd>(I::LoadU8(row.y[k] + px), yr, yg, yb);
+                        StorePixels<F>(row.dst[k] + px * bytes, swap, I::Add(yr, crs[h]), I::Add(yg, cgs[h]),
+                                       I::Add(yb, cbs[h]));
+                    }
+                }
+            }
+        }
+        return x;
+    }
+
+    // Packed pairs: the chroma bytes of N pixels sit in alternating lanes (U
+    // then V, or V then U), so constants alternate the same way.
+    static V Alternate(int16_t ku, int16_t kv, bool yvy) { return yvy ? I::Alternate(kv, ku) : I::Alternate(ku, kv); }
+
+    template <RgbFormat F>
+    PALVET_KERNEL_INLINE static void StorePacked(unsigned char* p, bool swap, V r, V g, V b, V a)
+    {
+        if constexpr (F == RgbFormat::Argb32)
+            I::StoreArgb(p, r, g, b, a);
+        else
+            StorePixels<F>(p, swap, r, g, b);
+    }
+
+    // Standard layout: red has only a V term and blue only a U term, so one
+    // evaluation serves both, U lanes for blue and V lanes for red.
+    template <RgbFormat F, bool kYvy, bool kAlpha>
+    static int PackedStd(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        YuvForms const f(forms);
+        V const rbR = Alternate(forms.mub.kRnd, forms.mvr.kRnd, kYvy);
+        V const rbF = Alternate(forms.mub.kFlr, forms.mvr.kFlr, kYvy);
+        V const gR = Alternate(forms.mug.kRnd, forms.mvg.kRnd, kYvy);
+        V const gF = Alternate(forms.mug.kFlr, forms.mvg.kFlr, kYvy);
+        int const mulShift = forms.mulShift;
+        constexpr int bytes = Bytes<F>();
+        int const width = row.pairs * 2;
+        V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
+        int x = 0;
+        for (; x + N <= width; x += N) {
+            V const w = I::LoadU16(row.src + 2 * x);
+            V const dc = I::Sub(I::template SrlI<8>(w), c128);
+            V const a = I::Sll(I::Abs(dc), mulShift), m = I::NegMask(dc);
+            V const rb = MulTerm<true>(a, m, rbR, rbF);
+            // Green's terms are negative where d >= 0: Sign yields their
+            // negation directly, which is then subtracted.
+            V ng = I::Sign(I::Select(m, I::Flr(a, gF), I::Rnd(a, gR)), dc);
+            ng = I::Add(ng, I::SwapAdjacent(ng));
+            V const er = kYvy ? I::DupEven(rb) : I::DupOdd(rb);
+            V const eb = kYvy ? I::DupOdd(rb) : I::DupEven(rb);
+            V yr, yg, yb;
+            f.template Luma<true>(I::And(w, lowByte), yr, yg, yb);
+            StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Sub(yg, ng), I::Add(yb, eb),
+                           kAlpha ? I::LoadU8(row.alpha + x) : opaque);
+        }
+        return x;
+    }
+
+    // One evaluation with alternating constants gives each lane its own term;
+    // adding the neighbour lane gives both pixels of a pair their sum.
+    template <RgbFormat F>
+    static int PackedGeneral(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        YuvForms const f(forms);
+        bool const yvy = row.yvy;
+        Form const fr = I::MakeForm(yvy ? forms.vr : forms.ur, yvy ? forms.ur : forms.vr, forms.shift);
+        Form const fg = I::MakeForm(yvy ? forms.vg : forms.ug, yvy ? forms.ug : forms.vg, forms.shift);
+        Form const fb = I::MakeForm(yvy ? forms.vb : forms.ub, yvy ? forms.ub : forms.vb, forms.shift);
+        V const rr = Alternate(forms.mur.kRnd, forms.mvr.kRnd, yvy);
+        V const fr2 = Alternate(forms.mur.kFlr, forms.mvr.kFlr, yvy);
+        V const rg = Alternate(forms.mug.kRnd, forms.mvg.kRnd, yvy);
+        V const fg2 = Alternate(forms.mug.kFlr, forms.mvg.kFlr, yvy);
+        V const rb = Alternate(forms.mub.kRnd, forms.mvb.kRnd, yvy);
+        V const fb2 = Alternate(forms.mub.kFlr, forms.mvb.kFlr, yvy);
+        bool const mul = forms.mul;
+        int const mulShift = forms.mulShift;
+        constexpr int bytes = Bytes<F>();
+        int const width = row.pairs * 2;
+        V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
+        int x = 0;
+        for (; x + N <= width; x += N) {
+            V const w = I::LoadU16(row.src + 2 * x);
+            V const dc = I::Sub(I::template SrlI<8>(w), c128);
+            V er, eg, eb;
+            if (mul) {
+                V const a = I::Sll(I::Abs(dc), mulShift), m = I::NegMask(dc);
+                er = MulTerm<true>(a, m, rr, fr2);
+                eg = MulTerm<false>(a, m, rg, fg2);
+                eb = MulTerm<true>(a, m, rb, fb2);
+            } else {
+                er = I::Eval(dc, fr);
+                eg = I::Eval(dc, fg);
+                eb = I::Eval(dc, fb);
+            }
+            er = I::Add(er, I::SwapAdjacent(er));
+            eg = I::Add(eg, I::SwapAdjacent(eg));
+            eb = I::Add(eb, I::SwapAdjacent(eb));
+            V yr, yg, yb;
+            f.template Luma<false>(I::And(w, lowByte), yr, yg, yb);
+            StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Add(yg, eg), I::Add(yb, eb),
+                           row.alpha ? I::LoadU8(row.alpha + x) : opaque);
+        }
+        return x;
+    }
+
+    template <RgbFormat F>
+    static int PackedAny(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        if (!YuvForms::Standard(forms))
+            return PackedGeneral<F>(row, forms);
+        if (row.yvy)
+            return row.alpha ? PackedStd<F, true, true>(row, forms) : PackedStd<F, true, false>(row, forms);
+        return row.alpha ? PackedStd<F, false, true>(row, forms) : PackedStd<F, false, false>(row, forms);
+    }
+
+    template <RgbFormat F, ChromaLayout L>
+    static int RgbToYuvAny(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        return RgbForms::Standard(forms) ? RgbToYuv<F, L, true>(row, forms) : RgbToYuv<F, L, false>(row, forms);
+    }
+
+    template <RgbFormat F>
+    static int RgbToYuvLayout(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        switch (row.layout) {
+        case ChromaLayout::C420: return RgbToYuvAny<F, ChromaLayout::C420>(row, forms);
+        case ChromaLayout::C422: return RgbToYuvAny<F, ChromaLayout::C422>(row, forms);
+        case ChromaLayout::C444: return RgbToYuvAny<F, ChromaLayout::C444>(row, forms);
+        }
+        return 0;
+    }
+
+    static int RgbToYuvEntry(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        switch (row.format) {
+        case RgbFormat::Rgb24: return RgbToYuvLayout<RgbFormat::Rgb24>(row, forms);
+        case RgbFormat::Rgb565: return RgbToYuvLayout<RgbFormat::Rgb565>(row, forms);
+        case RgbFormat::Rgb555: return RgbToYuvLayout<RgbFormat::Rgb555>(row, forms);
+        case RgbFormat::Argb32: break;
+        }
+        return 0;
+    }
+
+    template <RgbFormat F, ChromaLayout L>
+    static int YuvToRgbAny(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        return YuvForms::Standard(forms) ? YuvToRgb<F, L, true>(row, forms) : YuvToRgb<F, L, false>(row, forms);
+    }
+
+    template <RgbFormat F>
+    static int YuvToRgbLayout(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        switch (row.layout) {
+        case ChromaLayout::C420: return YuvToRgbAny<F, ChromaLayout::C420>(row, forms);
+        case ChromaLayout::C422: return YuvToRgbAny<F, ChromaLayout::C422>(row, forms);
+        case ChromaLayout::C444: return YuvToRgbAny<F, ChromaLayout::C444>(row, forms);
+        }
+        return 0;
+    }
+
+    static int YuvToRgbEntry(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        switch (row.format) {
+        case RgbFormat::Rgb24: return YuvToRgbLayout<RgbFormat::Rgb24>(row, forms);
+        case RgbFormat::Rgb565: return YuvToRgbLayout<RgbFormat::Rgb565>(row, forms);
+        case RgbFormat::Rgb555: return YuvToRgbLayout<RgbFormat::Rgb555>(row, forms);
+        case RgbFormat::Argb32: break;
+        }
+        return 0;
+    }
+
+    static int PackedToRgbEntry(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
+        return row.format == RgbFormat::Argb32 ? PackedAny<RgbFormat::Argb32>(row, forms)
+                                               : PackedAny<RgbFormat::Rgb24>(row, forms);
+    }
+
+    static ColourKernels const* Table()
+    {
+        static ColourKernels const k{&RgbToYuvEntry, &YuvToRgbEntry, &PackedToRgbEntry, &I::SplitPairs,
+                                     &I::JoinPairs};
+        return &k;
+    }
+};
+
+}  // namespace
+}  // namespace palvet::detail
+
+#endif

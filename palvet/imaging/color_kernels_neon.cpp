@@ -1,0 +1,171 @@
+// Colour row kernels on 128-bit NEON (32-bit ARM with the NEON unit).
+
+#include <palvet/imaging/color_conversion_internal.h>
+
+#if defined(__ARM_NEON) || defined(__ARM_NEON__)
+
+#include <palvet/imaging/color_kernels_internal.h>
+
+#include <arm_neon.h>
+
+namespace palvet::detail {
+namespace {
+
+struct Neon {
+    using V = int16x8_t;
+    static constexpr int N = 8;
+    static constexpr bool kHasLut = true;
+
+    struct Form {
+        int16x8_t k, b, kNeg, bNeg;
+        int32x4_t shift;  // negative: vshl shifts right
+        bool twoPiece;
+    };
+
+    PALVET_KERNEL_INLINE static V Set1(int v) { return vdupq_n_s16(static_cast<int16_t>(v)); }
+    PALVET_KERNEL_INLINE static V Add(V a, V b) { return vaddq_s16(a, b); }
+    PALVET_KERNEL_INLINE static V Sub(V a, V b) { return vsubq_s16(a, b); }
+    PALVET_KERNEL_INLINE static V Max(V a, V b) { return vmaxq_s16(a, b); }
+    PALVET_KERNEL_INLINE static V Min(V a, V b) { return vminq_s16(a, b); }
+    PALVET_KERNEL_INLINE static V And(V a, V b) { return vandq_s16(a, b); }
+    PALVET_KERNEL_INLINE static V Or(V a, V b) { return vorrq_s16(a, b); }
+    template <int n>
+    PALVET_KERNEL_INLINE static V SrlI(V v) { return vreinterpretq_s16_u16(vshrq_n_u16(vreinterpretq_u16_s16(v), n)); }
+    template <int n>
+    PALVET_KERNEL_INLINE static V SllI(V v) { return vshlq_n_s16(v, n); }
+    PALVET_KERNEL_INLINE static V Sll(V v, int n) { return vshlq_s16(v, vdupq_n_s16(static_cast<int16_t>(n))); }
+    PALVET_KERNEL_INLINE static V NegMask(V v) { return vreinterpretq_s16_u16(vcltq_s16(v, vdupq_n_s16(0))); }
+    PALVET_KERNEL_INLINE static V Sign(V x, V d) { return vbslq_s16(vcltq_s16(d, vdupq_n_s16(0)), vnegq_s16(x), x); }
+    PALVET_KERNEL_INLINE static V Abs(V v) { return vabsq_s16(v); }
+    PALVET_KERNEL_INLINE static V Select(V m, V a, V b) { return vbslq_s16(vreinterpretq_u16_s16(m), b, a); }
+    PALVET_KERNEL_INLINE static V CmpEq(V a, V b) { return vreinterpretq_s16_u16(vceqq_s16(a, b)); }
+    PALVET_KERNEL_INLINE static V SubSatU(V a, V b)
+    {
+        return vreinterpretq_s16_u16(vqsubq_u16(vreinterpretq_u16_s16(a), vreinterpretq_u16_s16(b)));
+    }
+    PALVET_KERNEL_INLINE static V Alternate(int16_t even, int16_t odd)
+    {
+        int16_t const t[8] = {even, odd, even, odd, even, odd, even, odd};
+        return vld1q_s16(t);
+    }
+    // vqrdmulh and vqdmulh double the product, so these are (x*k + 2^14) >> 15
+    // and (x*k) >> 15; x is never -32768, so nothing saturates.
+    PALVET_KERNEL_INLINE static V Rnd(V x, V k) { return vqrdmulhq_s16(x, k); }
+    PALVET_KERNEL_INLINE static V SmallFlrK(int16_t k) { return Set1(k); }
+    PALVET_KERNEL_INLINE static V SmallFlr(V x, V k) { return vqdmulhq_s16(x, k); }
+    PALVET_KERNEL_INLINE static V Flr(V x, V k) { return vqdmulhq_s16(x, k); }
+
+    PALVET_KERNEL_INLINE static V MakeLut(unsigned char const* t)
+    {
+        return vreinterpretq_s16_u8(vld1q_u8(t));
+    }
+    // Out-of-range table indexes give 0; y >= 16 narrows to an index >= 16.
+    PALVET_KERNEL_INLINE static V Lut16(V y, V lut)
+    {
+        uint8x16_t const t = vreinterpretq_u8_s16(lut);
+        uint8x8x2_t const table = {{vget_low_u8(t), vget_high_u8(t)}};
+        uint8x8_t const idx = vqmovn_u16(vreinterpretq_u16_s16(y));
+        return vreinterpretq_s16_u16(vmovl_u8(vtbl2_u8(table, idx)));
+    }
+
+    PALVET_KERNEL_INLINE static V LoadU8(unsigned char const* p) { return vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p))); }
+    PALVET_KERNEL_INLINE static void StoreU8(unsigned char* p, V v) { vst1_u8(p, vqmovun_s16(v)); }
+    // Byte loads and stores: a 16-bit pointer would promise an alignment
+    // that pixel rows do not have.
+    PALVET_KERNEL_INLINE static V LoadU16(unsigned char const* p) { return vreinterpretq_s16_u8(vld1q_u8(p)); }
+    PALVET_KERNEL_INLINE static void StoreU16(unsigned char* p, V v) { vst1q_u8(p, vreinterpretq_u8_s16(v)); }
+
+    PALVET_KERNEL_INLINE static Form MakeForm(TableForm const& even, TableForm const& odd, int shift)
+    {
+        int16_t const k[8] = {even.kPos, odd.kPos, even.kPos, odd.kPos, even.kPos, odd.kPos, even.kPos, odd.kPos};
+        int16_t const b[8] = {even.bPos, odd.bPos, even.bPos, odd.bPos, even.bPos, odd.bPos, even.bPos, odd.bPos};
+        int16_t const kn[8] = {even.kNeg, odd.kNeg, even.kNeg, odd.kNeg, even.kNeg, odd.kNeg, even.kNeg, odd.kNeg};
+        int16_t const bn[8] = {even.bNeg, odd.bNeg, even.bNeg, odd.bNeg, even.bNeg, odd.bNeg, even.bNeg, odd.bNeg};
+        Form f;
+        f.k = vld1q_s16(k);
+        f.b = vld1q_s16(b);
+        f.kNeg = vld1q_s16(kn);
+        f.bNeg = vld1q_s16(bn);
+        f.shift = vdupq_n_s32(-shift);
+        f.twoPiece = even.twoPiece || odd.twoPiece;
+        return f;
+    }
+    PALVET_KERNEL_INLINE static V Eval(V d, Form const& f)
+    {
+        int16x8_t k = f.k, b = f.b;
+        if (f.twoPiece) {
+            uint16x8_t const neg = vcltq_s16(d, vdupq_n_s16(0));
+            k = vbslq_s16(neg, f.kNeg, k);
+            b = vbslq_s16(neg, f.bNeg, b);
+        }
+        int32x4_t lo = vmlal_s16(vmovl_s16(vget_low_s16(b)), vget_low_s16(d), vget_low_s16(k));
+        int32x4_t hi = vmlal_s16(vmovl_s16(vget_high_s16(b)), vget_high_s16(d), vget_high_s16(k));
+        return vcombine_s16(vmovn_s32(vshlq_s32(lo, f.shift)), vmovn_s32(vshlq_s32(hi, f.shift)));
+    }
+
+    PALVET_KERNEL_INLINE static V PairSum(V a, V b)
+    {
+        return vcombine_s16(vpadd_s16(vget_low_s16(a), vget_high_s16(a)), vpadd_s16(vget_low_s16(b), vget_high_s16(b)));
+    }
+    PALVET_KERNEL_INLINE static void Dup(V c, V& lo, V& hi)
+    {
+        int16x8x2_t const z = vzipq_s16(c, c);
+        lo = z.val[0];
+        hi = z.val[1];
+    }
+    PALVET_KERNEL_INLINE static V SwapAdjacent(V v) { return vrev32q_s16(v); }
+    PALVET_KERNEL_INLINE static V DupEven(V v) { return vtrnq_s16(v, v).val[0]; }
+    PALVET_KERNEL_INLINE static V DupOdd(V v) { return vtrnq_s16(v, v).val[1]; }
+
+    PALVET_KERNEL_INLINE static void LoadRgb24(unsigned char const* p, V& c0, V& c1, V& c2)
+    {
+        uint8x8x3_t const t = vld3_u8(p);
+        c0 = vreinterpretq_s16_u16(vmovl_u8(t.val[0]));
+        c1 = vreinterpretq_s16_u16(vmovl_u8(t.val[1]));
+        c2 = vreinterpretq_s16_u16(vmovl_u8(t.val[2]));
+    }
+    PALVET_KERNEL_INLINE static void StoreRgb24(unsigned char* p, V c0, V c1, V c2)
+    {
+        uint8x8x3_t const t = {{vqmovun_s16(c0), vqmovun_s16(c1), vqmovun_s16(c2)}};
+        vst3_u8(p, t);
+    }
+    PALVET_KERNEL_INLINE static void StoreArgb(unsigned char* p, V r, V g, V b, V a)
+    {
+        uint8x8x4_t const t = {{vqmovun_s16(b), vqmovun_s16(g), vqmovun_s16(r), vqmovun_s16(a)}};
+        vst4_u8(p, t);
+    }
+
+    static int SplitPairs(unsigned char const* src, unsigned char* even, unsigned char* odd, int pairs)
+    {
+        int i = 0;
+        for (; i + 16 <= pairs; i += 16) {
+            uint8x16x2_t const t = vld2q_u8(src + 2 * i);
+            vst1q_u8(even + i, t.val[0]);
+            vst1q_u8(odd + i, t.val[1]);
+        }
+        return i;
+    }
+    static int JoinPairs(unsigned char const* even, unsigned char const* odd, unsigned char* dst, int pairs)
+    {
+        int i = 0;
+        for (; i + 16 <= pairs; i += 16) {
+            uint8x16x2_t const t = {{vld1q_u8(even + i), vld1q_u8(odd + i)}};
+            vst2q_u8(dst + 2 * i, t);
+        }
+        return i;
+    }
+};
+
+}  // namespace
+
+ColourKernels const* ColourKernelsNeon() { return Kernels<Neon>::Table(); }
+
+}  // namespace palvet::detail
+
+#else
+
+namespace palvet::detail {
+ColourKernels const* ColourKernelsNeon() { return nullptr; }
+}  // namespace palvet::detail
+
+#endif
