@@ -32,6 +32,18 @@ inline bool CpuHasAvx2()
 #endif
 }
 
+// The byte and word instructions of AVX-512 (BW) with its foundation; the
+// check includes the operating system's support for the wider registers.
+inline bool CpuHasAvx512()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    static bool const has = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw");
+    return has;
+#else
+    return false;
+#endif
+}
+
 inline bool CpuHasNeon()
 {
 #if defined(__aarch64__)

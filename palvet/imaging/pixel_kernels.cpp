@@ -61,6 +61,10 @@ void BlendRowArgbScalar(unsigned char* dst, unsigned char const* src, int n)
 void BlendRowArgb(unsigned char* dst, unsigned char const* src, int n)
 {
 #if defined(__x86_64__) || defined(__i386__)
+    if (CpuHasAvx512()) {
+        BlendRowArgbAvx512(dst, src, n);
+        return;
+    }
     if (CpuHasAvx2()) {
         BlendRowArgbAvx2(dst, src, n);
         return;

@@ -206,6 +206,7 @@ int BuildStretchGroups(int const* cols, int n, int srcWidth, StretchGroup* group
 // 32-bit pixels d[k] = s[cols[k]] for k < n, using the groups.
 void GatherRow32Avx2(unsigned char* d, unsigned char const* s, int const* cols, StretchGroup const* groups, int n);
 void BlendRowArgbAvx2(unsigned char* dst, unsigned char const* src, int n);
+void BlendRowArgbAvx512(unsigned char* dst, unsigned char const* src, int n);
 void Rgb24ToRgb32RowAvx2(unsigned char const* src, unsigned char* dst, int n, bool swap);
 void Rgb32ToRgb24RowAvx2(unsigned char const* src, unsigned char* dst, int n, bool swap);
 #if defined(__SSE2__)
