@@ -119,9 +119,10 @@ struct ColourKernels {
 
 ColourKernels const* ColourKernelsSse2();
 ColourKernels const* ColourKernelsAvx2();
+ColourKernels const* ColourKernelsAvx512();
 ColourKernels const* ColourKernelsNeon();
 
-enum class KernelLevel { Auto = -1, Scalar = 0, Sse2OrNeon = 1, Avx2 = 2 };
+enum class KernelLevel { Auto = -1, Scalar = 0, Sse2OrNeon = 1, Avx2 = 2, Avx512 = 3 };
 
 // Caps the kernels the conversions may use; for tests. Not thread-safe.
 void SetColourKernelLevel(KernelLevel level);

@@ -417,13 +417,17 @@ bool ColourKernelLevelAvailable(KernelLevel level)
         return (CpuHasSse2() && ColourKernelsSse2()) || (CpuHasNeon() && ColourKernelsNeon());
     case KernelLevel::Avx2:
         return CpuHasAvx2() && ColourKernelsAvx2();
+    case KernelLevel::Avx512:
+        return CpuHasAvx512() && ColourKernelsAvx512();
     }
     return false;
 }
 
 ColourKernels const* ActiveColourKernels()
 {
-    int cap = gLevel == KernelLevel::Auto ? 2 : static_cast<int>(gLevel);
+    int cap = gLevel == KernelLevel::Auto ? 3 : static_cast<int>(gLevel);
+    if (cap >= 3 && CpuHasAvx512() && ColourKernelsAvx512())
+        return ColourKernelsAvx512();
     if (cap >= 2 && CpuHasAvx2() && ColourKernelsAvx2())
         return ColourKernelsAvx2();
     if (cap >= 1 && CpuHasSse2() && ColourKernelsSse2())

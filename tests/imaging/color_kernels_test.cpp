@@ -95,7 +95,7 @@ std::vector<Case> Cases()
 std::vector<KernelLevel> FastLevels()
 {
     std::vector<KernelLevel> levels;
-    for (KernelLevel l : {KernelLevel::Sse2OrNeon, KernelLevel::Avx2})
+    for (KernelLevel l : {KernelLevel::Sse2OrNeon, KernelLevel::Avx2, KernelLevel::Avx512})
         if (palvet::detail::ColourKernelLevelAvailable(l))
             levels.push_back(l);
     return levels;
@@ -111,6 +111,7 @@ void CompareAllPaths(unsigned seed)
         sizes.push_back({w, 1 + w % 4});
     sizes.push_back({97, 7});
     sizes.push_back({130, 3});
+    sizes.push_back({261, 5});  // several 512-bit steps per row
     for (Case const& c : Cases()) {
         for (auto [w, h] : sizes) {
             Bytes src(c.srcSize(w, h));
