@@ -6,45 +6,10 @@
 #if defined(__AVX2__)
 
 #include <palvet/imaging/color_kernels_internal.h>
-
-#include <immintrin.h>
+#include <palvet/imaging/rgb24_shuffle_avx2_internal.h>
 
 namespace palvet::detail {
 namespace {
-
-// Byte shuffles for 3-byte pixels (-128 clears the byte).
-struct ShuffleMasks {
-    alignas(32) signed char pickA[3][32];  // component c of pixel j from bytes 0-15
-    alignas(32) signed char pickB[3][32];  // ... or from bytes 8-23
-    // Storing: each 128-bit half holds components 0 and 1 (bytes 0-7, 8-15)
-    // of its eight pixels in one register and component 2 in another; its 24
-    // output bytes are built as 16 (spread*[0]) and 8 (spread*[1]).
-    alignas(32) signed char spreadA[2][32];
-    alignas(32) signed char spreadB[2][32];
-};
-
-constexpr ShuffleMasks MakeMasks()
-{
-    ShuffleMasks m{};
-    for (int c = 0; c < 3; ++c) {
-        for (int i = 0; i < 32; ++i) {
-            int const j = (i % 16) / 2, at = 3 * j + c;
-            bool const low = (i & 1) == 0;
-            m.pickA[c][i] = static_cast<signed char>(low && at < 16 ? at : -128);
-            m.pickB[c][i] = static_cast<signed char>(low && at >= 16 ? at - 8 : -128);
-        }
-    }
-    for (int part = 0; part < 2; ++part)
-        for (int i = 0; i < 32; ++i) {
-            int const o = part * 16 + i % 16, j = o / 3, c = o % 3;
-            bool const valid = o < 24;
-            m.spreadA[part][i] = static_cast<signed char>(valid && c < 2 ? c * 8 + j : -128);
-            m.spreadB[part][i] = static_cast<signed char>(valid && c == 2 ? j : -128);
-        }
-    return m;
-}
-
-constexpr ShuffleMasks kMasks = MakeMasks();
 
 struct Avx2 {
     using V = __m256i;
@@ -155,42 +120,8 @@ struct Avx2 {
     }
     PALVET_KERNEL_INLINE static V SwapAdjacent(V v) { return _mm256_shuffle_epi8(v, Pattern(2)); }
 
-    // Sixteen pixels: each half takes pixels 0-7 of its 24 bytes from two
-    // overlapping 16-byte loads (bytes 0-15 and 8-23).
-    PALVET_KERNEL_INLINE static V Pick(V a, V b, int c)
-    {
-        return _mm256_or_si256(
-            _mm256_shuffle_epi8(a, _mm256_load_si256(reinterpret_cast<__m256i const*>(kMasks.pickA[c]))),
-            _mm256_shuffle_epi8(b, _mm256_load_si256(reinterpret_cast<__m256i const*>(kMasks.pickB[c]))));
-    }
-    PALVET_KERNEL_INLINE static V Load2(unsigned char const* lo, unsigned char const* hi)
-    {
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(lo))),
-                                       _mm_loadu_si128(reinterpret_cast<__m128i const*>(hi)), 1);
-    }
-    PALVET_KERNEL_INLINE static void LoadRgb24(unsigned char const* p, V& c0, V& c1, V& c2)
-    {
-        V const a = Load2(p, p + 24), b = Load2(p + 8, p + 32);
-        c0 = Pick(a, b, 0);
-        c1 = Pick(a, b, 1);
-        c2 = Pick(a, b, 2);
-    }
-
-    PALVET_KERNEL_INLINE static V Spread(V a, V b, int part)
-    {
-        return _mm256_or_si256(
-            _mm256_shuffle_epi8(a, _mm256_load_si256(reinterpret_cast<__m256i const*>(kMasks.spreadA[part]))),
-            _mm256_shuffle_epi8(b, _mm256_load_si256(reinterpret_cast<__m256i const*>(kMasks.spreadB[part]))));
-    }
-    PALVET_KERNEL_INLINE static void StoreRgb24(unsigned char* p, V c0, V c1, V c2)
-    {
-        V const a = _mm256_packus_epi16(c0, c1), b = _mm256_packus_epi16(c2, c2);
-        V const lo = Spread(a, b, 0), hi = Spread(a, b, 1);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(lo));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), _mm256_castsi256_si128(hi));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 24), _mm256_extracti128_si256(lo, 1));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 40), _mm256_extracti128_si256(hi, 1));
-    }
+    PALVET_KERNEL_INLINE static void LoadRgb24(unsigned char const* p, V& c0, V& c1, V& c2) { Rgb24x16::Load(p, c0, c1, c2); }
+    PALVET_KERNEL_INLINE static void StoreRgb24(unsigned char* p, V c0, V c1, V c2) { Rgb24x16::Store(p, c0, c1, c2); }
     PALVET_KERNEL_INLINE static void StoreArgb(unsigned char* p, V r, V g, V b, V a)
     {
         V const br = _mm256_packus_epi16(b, r), ga = _mm256_packus_epi16(g, a);

@@ -6,83 +6,12 @@
 
 #if defined(__AVX512F__) && defined(__AVX512BW__)
 
-#if defined(__GNUC__) && !defined(__clang__)
-// g++ 12 warns about the deliberately undefined registers inside its own
-// AVX-512 intrinsics (GCC bug 105593).
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
+#include <palvet/imaging/avx512_intrinsics_internal.h>
 #include <palvet/imaging/color_kernels_internal.h>
-
-#include <immintrin.h>
+#include <palvet/imaging/rgb24_shuffle_avx2_internal.h>
 
 namespace palvet::detail {
 namespace {
-
-// Byte shuffles for eight 3-byte pixels per 128-bit half (-128 clears).
-struct ShuffleMasks {
-    alignas(32) signed char pickA[3][32];  // component c of pixel j from bytes 0-15
-    alignas(32) signed char pickB[3][32];  // ... or from bytes 8-23
-    // Storing: components 0 and 1 of eight pixels sit in one register's
-    // half, component 2 in another's; their 24 bytes are built as 16 and 8.
-    alignas(32) signed char spreadA[2][32];
-    alignas(32) signed char spreadB[2][32];
-};
-
-constexpr ShuffleMasks MakeMasks()
-{
-    ShuffleMasks m{};
-    for (int c = 0; c < 3; ++c) {
-        for (int i = 0; i < 32; ++i) {
-            int const j = (i % 16) / 2, at = 3 * j + c;
-            bool const low = (i & 1) == 0;
-            m.pickA[c][i] = static_cast<signed char>(low && at < 16 ? at : -128);
-            m.pickB[c][i] = static_cast<signed char>(low && at >= 16 ? at - 8 : -128);
-        }
-    }
-    for (int part = 0; part < 2; ++part)
-        for (int i = 0; i < 32; ++i) {
-            int const o = part * 16 + i % 16, j = o / 3, c = o % 3;
-            bool const valid = o < 24;
-            m.spreadA[part][i] = static_cast<signed char>(valid && c < 2 ? c * 8 + j : -128);
-            m.spreadB[part][i] = static_cast<signed char>(valid && c == 2 ? j : -128);
-        }
-    return m;
-}
-
-constexpr ShuffleMasks kMasks = MakeMasks();
-
-// Sixteen 3-byte pixels in 256 bits.
-struct Rgb24Half {
-    static __m256i Mask(signed char const* m) { return _mm256_load_si256(reinterpret_cast<__m256i const*>(m)); }
-    static __m256i Load2(unsigned char const* lo, unsigned char const* hi)
-    {
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(lo))),
-                                       _mm_loadu_si128(reinterpret_cast<__m128i const*>(hi)), 1);
-    }
-    static void Load(unsigned char const* p, __m256i* c)
-    {
-        __m256i const a = Load2(p, p + 24), b = Load2(p + 8, p + 32);
-        for (int k = 0; k < 3; ++k)
-            c[k] = _mm256_or_si256(_mm256_shuffle_epi8(a, Mask(kMasks.pickA[k])),
-                                   _mm256_shuffle_epi8(b, Mask(kMasks.pickB[k])));
-    }
-    static __m256i Spread(__m256i a, __m256i b, int part)
-    {
-        return _mm256_or_si256(_mm256_shuffle_epi8(a, Mask(kMasks.spreadA[part])),
-                               _mm256_shuffle_epi8(b, Mask(kMasks.spreadB[part])));
-    }
-    static void Store(unsigned char* p, __m256i c0, __m256i c1, __m256i c2)
-    {
-        __m256i const a = _mm256_packus_epi16(c0, c1), b = _mm256_packus_epi16(c2, c2);
-        __m256i const lo = Spread(a, b, 0), hi = Spread(a, b, 1);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(lo));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), _mm256_castsi256_si128(hi));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 24), _mm256_extracti128_si256(lo, 1));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 40), _mm256_extracti128_si256(hi, 1));
-    }
-};
 
 struct Avx512 {
     using V = __m512i;
@@ -214,16 +143,16 @@ struct Avx512 {
     PALVET_KERNEL_INLINE static void LoadRgb24(unsigned char const* p, V& c0, V& c1, V& c2)
     {
         __m256i lo[3], hi[3];
-        Rgb24Half::Load(p, lo);
-        Rgb24Half::Load(p + 48, hi);
+        Rgb24x16::Load(p, lo[0], lo[1], lo[2]);
+        Rgb24x16::Load(p + 48, hi[0], hi[1], hi[2]);
         c0 = _mm512_inserti64x4(_mm512_castsi256_si512(lo[0]), hi[0], 1);
         c1 = _mm512_inserti64x4(_mm512_castsi256_si512(lo[1]), hi[1], 1);
         c2 = _mm512_inserti64x4(_mm512_castsi256_si512(lo[2]), hi[2], 1);
     }
     PALVET_KERNEL_INLINE static void StoreRgb24(unsigned char* p, V c0, V c1, V c2)
     {
-        Rgb24Half::Store(p, _mm512_castsi512_si256(c0), _mm512_castsi512_si256(c1), _mm512_castsi512_si256(c2));
-        Rgb24Half::Store(p + 48, _mm512_extracti64x4_epi64(c0, 1), _mm512_extracti64x4_epi64(c1, 1),
+        Rgb24x16::Store(p, _mm512_castsi512_si256(c0), _mm512_castsi512_si256(c1), _mm512_castsi512_si256(c2));
+        Rgb24x16::Store(p + 48, _mm512_extracti64x4_epi64(c0, 1), _mm512_extracti64x4_epi64(c1, 1),
                          _mm512_extracti64x4_epi64(c2, 1));
     }
     // lo holds the first and hi the second half of every quarter's pixels:

@@ -3,13 +3,7 @@
 #include <palvet/imaging/pixel_kernels_internal.h>
 
 #if defined(__AVX512F__) && defined(__AVX512BW__)
-#if defined(__GNUC__) && !defined(__clang__)
-// g++ 12 warns about the deliberately undefined registers inside its own
-// AVX-512 intrinsics (GCC bug 105593).
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
+#include <palvet/imaging/avx512_intrinsics_internal.h>
 
 namespace palvet::detail {
 
