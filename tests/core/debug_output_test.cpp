@@ -9,6 +9,7 @@
 #include <regex>
 #include <string>
 #include <sys/time.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -42,22 +43,17 @@ protected:
     TempDir dir_;
 };
 
-// Checks one prefixed line: the head by pattern, the text after " => " exactly
-// (long texts are compared directly rather than through a pattern).
-::testing::AssertionResult IsPrefixed(std::string const& line, char const* label,
-                                      std::string const& text)
+// The prefixed line expected for the text, around the timestamp found in the
+// line once its shape is checked (its value is TimestampIsLocalTimeOfTheCall's
+// concern). A timestamp of another width shifts the rest and fails as well.
+std::string Prefixed(std::string const& line, char const* label, std::string const& text)
 {
-    size_t arrow = line.find(" => ");
-    if (arrow == std::string::npos)
-        return ::testing::AssertionFailure() << "no arrow in: " << line;
-    std::regex head("Palvet [0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6} \\(pid:" +
-                    std::to_string(getpid()) + ", " + label + ":" + std::to_string(getlwpid()) +
-                    "\\)");
-    if (!std::regex_match(line.substr(0, arrow), head))
-        return ::testing::AssertionFailure() << "bad head: " << line.substr(0, arrow);
-    if (line.substr(arrow + 4) != text)
-        return ::testing::AssertionFailure() << "bad text: " << line.substr(arrow + 4, 80);
-    return ::testing::AssertionSuccess();
+    static std::regex const shape("[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{6}");
+    std::string stamp = line.substr(7, 26);
+    if (!std::regex_match(stamp, shape))
+        stamp = "(not a timestamp) " + stamp;
+    return "Palvet " + stamp + " (pid:" + std::to_string(getpid()) + ", " + label + ":" +
+           std::to_string(getlwpid()) + ") => " + text;
 }
 
 // The local time as a line shows it; the fields have fixed widths, so the
@@ -88,10 +84,8 @@ TEST_F(DbgOutputTest, EveryLevelAndLengthReachesConsoleAndFile)
                 EXPECT_EQ(r.second, text) << length;
                 continue;
             }
-            EXPECT_TRUE(IsPrefixed(r.first, "lwp", text)) << length << " " << level;
-            EXPECT_TRUE(IsPrefixed(r.second, "tid", text)) << length << " " << level;
-            // One instant serves both lines: they differ only in the thread label.
-            EXPECT_EQ(r.second.substr(0, r.second.find("tid:")), r.first.substr(0, r.first.find("lwp:")));
+            EXPECT_EQ(r.first, Prefixed(r.first, "lwp", text)) << level;
+            EXPECT_EQ(r.second, Prefixed(r.second, "tid", text)) << level;
         }
     }
     auto empty = Both([] {
@@ -99,21 +93,29 @@ TEST_F(DbgOutputTest, EveryLevelAndLengthReachesConsoleAndFile)
         DbgOutput(1, "%s", "");
     });
     EXPECT_EQ(empty.first + empty.second, "");  // not even the prefix
+
+    // Off the main thread the kernel thread id is no longer the process id.
+    std::thread([this] {
+        auto r = Both([] { DbgOutput(1, "%s", "t"); });
+        EXPECT_EQ(r.first, Prefixed(r.first, "lwp", "t"));
+        EXPECT_EQ(r.second, Prefixed(r.second, "tid", "t"));
+    }).join();
 }
 
 TEST_F(DbgOutputTest, TimestampIsLocalTimeOfTheCall)
 {
+    // Early in a second, so that the microseconds need their zero-padding.
     timeval before{}, after{};
     gettimeofday(&before, nullptr);
-    StdoutCapture cap;
-    DbgOutput(1, "x\n");
-    std::string out = cap.Take();
+    USleep(1000000 - before.tv_usec);
+    gettimeofday(&before, nullptr);
+    auto r = Both([] { DbgOutput(1, "x\n"); });
     gettimeofday(&after, nullptr);
 
-    ASSERT_EQ(out.compare(0, 7, "Palvet "), 0) << out;
-    std::string stamp = out.substr(7, 26);
+    std::string stamp = r.first.substr(7, 26);  // after "Palvet "
     EXPECT_LE(Stamp(before), stamp);
     EXPECT_GE(Stamp(after), stamp);
+    EXPECT_EQ(r.second.substr(7, 26), stamp);  // one instant serves both lines
 }
 
 TEST_F(DbgOutputTest, AppendTruncateFlushAndClose)
