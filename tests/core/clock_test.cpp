@@ -2,49 +2,34 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <csignal>
 #include <ctime>
-#include <pthread.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <thread>
 #include <unistd.h>
 
 TEST(Clock, TicksFollowTheMonotonicClock)
 {
-    timespec before{};
+    timespec before{}, after{};
     clock_gettime(CLOCK_MONOTONIC, &before);
     unsigned long long us = GetTickCountUS();
     unsigned long long ms = GetTickCount();
     unsigned long long us2 = GetTickCountUS();
-    timespec after{};
     clock_gettime(CLOCK_MONOTONIC, &after);
 
-    unsigned long long lo = before.tv_sec * 1000000ULL + before.tv_nsec / 1000;
-    unsigned long long hi = after.tv_sec * 1000000ULL + after.tv_nsec / 1000;
-    EXPECT_LE(lo, us);
+    EXPECT_LE(before.tv_sec * 1000000ULL + before.tv_nsec / 1000, us);
     EXPECT_LE(us, us2);
-    EXPECT_LE(us2, hi);
+    EXPECT_LE(us2, after.tv_sec * 1000000ULL + after.tv_nsec / 1000);
     // Milliseconds are the microsecond count truncated, on the same clock.
     EXPECT_LE(us / 1000, ms);
     EXPECT_LE(ms, us2 / 1000);
-
-    unsigned long long last = GetTickCountUS();
-    for (int i = 0; i < 10000; ++i) {
-        unsigned long long now = GetTickCountUS();
-        ASSERT_GE(now, last);
-        last = now;
-    }
 }
 
-TEST(Clock, ZeroSleepsReturnAtOnce)
+TEST(Clock, SleepsWaitTheRequestedTime)
 {
     EXPECT_EQ(USleep(0), 0);
     EXPECT_EQ(Sleep(0), 0);
-}
-
-TEST(Clock, SleepsWaitAtLeastTheRequestedTime)
-{
     // 1.2 s exercises the split into whole seconds and a microsecond rest; a
     // wrong split makes select() refuse the timeout.
     unsigned long long start = GetTickCountUS();
@@ -56,32 +41,19 @@ TEST(Clock, SleepsWaitAtLeastTheRequestedTime)
     EXPECT_GE(GetTickCountUS() - start, 30000u);
 }
 
-namespace {
-void NoteSignal(int) {}
-}  // namespace
-
 TEST(Clock, InterruptedSleepIsNotResumed)
 {
-    struct sigaction action {};
-    action.sa_handler = NoteSignal;  // no SA_RESTART: select must return early
-    struct sigaction previous {};
-    ASSERT_EQ(sigaction(SIGUSR2, &action, &previous), 0);
-
-    pthread_t sleeper = pthread_self();
-    std::atomic<bool> done{false};
-    std::thread poker([&] {
-        while (!done) {
-            USleep(50000);
-            if (!done)
-                pthread_kill(sleeper, SIGUSR2);
-        }
-    });
+    struct sigaction action {}, previous {};
+    action.sa_handler = [](int) {};  // no SA_RESTART: select must return early
+    ASSERT_EQ(sigaction(SIGALRM, &action, &previous), 0);
+    // Repeated, in case one signal comes before the wait has begun.
+    itimerval every{{0, 50000}, {0, 50000}}, off{};
+    setitimer(ITIMER_REAL, &every, nullptr);
     unsigned long long start = GetTickCountUS();
     int result = Sleep(20000);
     unsigned long long elapsed = GetTickCountUS() - start;
-    done = true;
-    poker.join();
-    sigaction(SIGUSR2, &previous, nullptr);
+    setitimer(ITIMER_REAL, &off, nullptr);
+    sigaction(SIGALRM, &previous, nullptr);
 
     EXPECT_EQ(result, -1);
     EXPECT_LT(elapsed, 20000000u);

@@ -25,19 +25,16 @@ std::wstring Str(CSimpleStringW const& s)
 // The fields as applications built against the classes expect them: the
 // virtual table pointer (the destructor is the only virtual), then the data
 // members in order.
-template <class Ch>
 struct StringFields {
     void const* vtable;
-    Ch* data;
-    int length;
-    int capacity;
+    void const* data;
+    int length, capacity;
 };
 
 struct BufferFields {
     void const* vtable;
-    unsigned char* data;
-    unsigned int capacity;
-    unsigned int length;
+    void const* data;
+    unsigned int capacity, length;
     int bound;
 };
 
@@ -56,11 +53,11 @@ TEST(SimpleStringTest, LayoutMatchesTheInterface)
 {
     CSimpleStringW w;
     w.Set(L"abc", -1);
-    auto fw = Peek<StringFields<wchar_t>>(w);
+    auto fw = Peek<StringFields>(w);
     EXPECT_EQ(fw.data, w.GetString());
     EXPECT_EQ(fw.length, 3);
     EXPECT_EQ(fw.capacity, 4);
-    EXPECT_EQ(sizeof(CSimpleStringA), sizeof(StringFields<char>));
+    EXPECT_EQ(sizeof(CSimpleStringA), sizeof(StringFields));
 
     CBuffer b;
     b.SetBuffer(nullptr, 9);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -68,8 +67,7 @@ TEST(Utf8Test, RoundTripOfOneToFourByteForms)
 TEST(Utf8Test, MalformedInputIsReadWithoutValidation)
 {
     StdoutCapture quiet;
-    EXPECT_EQ(Decode("\x80\xBF\xFE\xFFz")[4], L'z');
-    EXPECT_EQ(Decode("\x80\xBF\xFE\xFF").substr(0, 4), W({0x80, 0xBF, 0xFE, 0xFF}));
+    EXPECT_EQ(Decode("\x80\xBF\xFE\xFFz").substr(0, 5), W({0x80, 0xBF, 0xFE, 0xFF, 'z'}));
     EXPECT_EQ(Decode("\xC0\x80")[0], 0);                      // overlong zero
     EXPECT_EQ(Decode("\xC3\x29")[0], 0xE9);                  // taken as one all the same
     EXPECT_EQ(Decode("\xED\xA0\x80")[0], 0xD800);             // surrogate
@@ -102,11 +100,13 @@ TEST(Utf8Test, CutShortSequencesAreReportedAndPaddedWithZeroBits)
 
 TEST(Utf8Test, EncoderFormsAndItsShortageOfRoom)
 {
-    EXPECT_EQ(Encode(W({0x7F, 0x80, 0x7FF, 0x800, 0xFFFF})),
-              "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF");
-    EXPECT_EQ(Encode(W({0x110000, 0x1FFFFF})), "\xF4\x90\x80\x80\xF7\xBF\xBF\xBF");
-    EXPECT_EQ(Encode(W({0xDC00})), "\xED\xB0\x80");
-    EXPECT_EQ(Encode(W({0x80000041, 0xFFFFFFFF})), "A\x7F");
+    // Every boundary of the one- to four-byte forms, and a surrogate, both ways.
+    std::wstring const forms = W({0x7F, 0x80, 0x7FF, 0x800, 0xFFFF, 0xDC00, 0x110000, 0x1FFFFF});
+    std::string const bytes = "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xED\xB0\x80"
+                              "\xF4\x90\x80\x80\xF7\xBF\xBF\xBF";
+    EXPECT_EQ(Encode(forms), bytes);
+    EXPECT_EQ(Decode(bytes).substr(0, forms.size() + 1), forms + L'\0');
+    EXPECT_EQ(Encode(W({0x80000041, 0xFFFFFFFF})), "A\x7F");  // folded into seven bits
 
     StdoutCapture capture;
     EXPECT_EQ(Encode(W({0x3FFFFFF})), "\xFB\xBF\xBF\xBF\xBF");  // fills the 4 + 1 bytes
@@ -133,25 +133,4 @@ TEST(Utf8Test, EncoderFormsAndItsShortageOfRoom)
     StdoutCapture capture2;
     EXPECT_EQ(Encode(W({0x200000, 0x200000, 0x4000000, 0xE9})).size(), 18u);
     EXPECT_EQ(capture2.Take(), "error AllocCopyAStringFromWString, i + 2 > nDstLength\n");
-}
-
-TEST(Utf8Test, RandomTextSurvivesTheRoundTripAtEveryAlignment)
-{
-    // ASCII runs of every length around the vector widths, between
-    // characters of each longer form.
-    std::mt19937 rng(7);
-    unsigned const limits[] = {0x7FF, 0xFFFF, 0x1FFFFF};
-    for (int round = 0; round < 300; ++round) {
-        std::wstring wide;
-        while (wide.size() < 200) {
-            size_t run = rng() % 40;
-            for (size_t i = 0; i < run; ++i)
-                wide.push_back(static_cast<wchar_t>(1 + rng() % 0x7F));
-            wide.push_back(static_cast<wchar_t>(0x80 + rng() % (limits[rng() % 3] - 0x7F)));
-        }
-        std::string bytes = Encode(wide);
-        std::wstring back = Decode(bytes);
-        ASSERT_EQ(back.substr(0, wide.size()), wide);
-        ASSERT_EQ(back.find_first_not_of(L'\0', wide.size()), std::wstring::npos);
-    }
 }
