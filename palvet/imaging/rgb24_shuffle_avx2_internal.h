@@ -5,9 +5,9 @@
 // on 256-bit AVX2 byte shuffles. Included only by sources built with AVX2 or
 // wider; internal linkage keeps each build's copy to itself.
 
-#include <immintrin.h>
+#include <palvet/imaging/color_kernels_internal.h>
 
-#define PALVET_RGB24_INLINE inline __attribute__((always_inline))
+#include <immintrin.h>
 
 namespace palvet::detail {
 namespace {
@@ -47,36 +47,36 @@ constexpr Rgb24ShuffleMasks MakeRgb24ShuffleMasks()
 constexpr Rgb24ShuffleMasks kRgb24Masks = MakeRgb24ShuffleMasks();
 
 struct Rgb24x16 {
-    PALVET_RGB24_INLINE static __m256i Mask(signed char const* m)
+    PALVET_KERNEL_INLINE static __m256i Mask(signed char const* m)
     {
         return _mm256_load_si256(reinterpret_cast<__m256i const*>(m));
     }
-    PALVET_RGB24_INLINE static __m256i Load2(unsigned char const* lo, unsigned char const* hi)
+    PALVET_KERNEL_INLINE static __m256i Load2(unsigned char const* lo, unsigned char const* hi)
     {
         return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(lo))),
                                        _mm_loadu_si128(reinterpret_cast<__m128i const*>(hi)), 1);
     }
-    PALVET_RGB24_INLINE static __m256i Pick(__m256i a, __m256i b, int c)
+    PALVET_KERNEL_INLINE static __m256i Pick(__m256i a, __m256i b, int c)
     {
         return _mm256_or_si256(_mm256_shuffle_epi8(a, Mask(kRgb24Masks.pickA[c])),
                                _mm256_shuffle_epi8(b, Mask(kRgb24Masks.pickB[c])));
     }
     // Each half takes its eight pixels from two overlapping 16-byte loads
     // (bytes 0-15 and 8-23).
-    PALVET_RGB24_INLINE static void Load(unsigned char const* p, __m256i& c0, __m256i& c1, __m256i& c2)
+    PALVET_KERNEL_INLINE static void Load(unsigned char const* p, __m256i& c0, __m256i& c1, __m256i& c2)
     {
         __m256i const a = Load2(p, p + 24), b = Load2(p + 8, p + 32);
         c0 = Pick(a, b, 0);
         c1 = Pick(a, b, 1);
         c2 = Pick(a, b, 2);
     }
-    PALVET_RGB24_INLINE static __m256i Spread(__m256i a, __m256i b, int part)
+    PALVET_KERNEL_INLINE static __m256i Spread(__m256i a, __m256i b, int part)
     {
         return _mm256_or_si256(_mm256_shuffle_epi8(a, Mask(kRgb24Masks.spreadA[part])),
                                _mm256_shuffle_epi8(b, Mask(kRgb24Masks.spreadB[part])));
     }
     // Components saturate to bytes.
-    PALVET_RGB24_INLINE static void Store(unsigned char* p, __m256i c0, __m256i c1, __m256i c2)
+    PALVET_KERNEL_INLINE static void Store(unsigned char* p, __m256i c0, __m256i c1, __m256i c2)
     {
         __m256i const a = _mm256_packus_epi16(c0, c1), b = _mm256_packus_epi16(c2, c2);
         __m256i const lo = Spread(a, b, 0), hi = Spread(a, b, 1);

@@ -1,5 +1,5 @@
-// Each vectorised blend row against the blend formula, whichever of them the
-// dispatcher would pick on this processor.
+// Every blend row this processor can run (the plain loop and each vectorised
+// one, not only the one the dispatcher picks) against the blend formula.
 
 #include <palvet/core/cpu_features_internal.h>
 #include <palvet/imaging/pixel_kernels_internal.h>
@@ -22,7 +22,7 @@ struct Kernel {
 
 std::vector<Kernel> BlendKernels()
 {
-    std::vector<Kernel> k;
+    std::vector<Kernel> k{{"scalar", &palvet::detail::BlendRowArgbScalar}};
 #if defined(__x86_64__) || defined(__i386__)
     if (palvet::detail::CpuHasAvx2())
         k.push_back({"avx2", &palvet::detail::BlendRowArgbAvx2});
@@ -35,12 +35,6 @@ std::vector<Kernel> BlendKernels()
     return k;
 }
 
-void Put(std::vector<unsigned char>& b, int i, std::uint32_t v)
-{
-    for (int k = 0; k < 4; ++k)
-        b[4 * i + k] = static_cast<unsigned char>(v >> (8 * k));
-}
-
 }  // namespace
 
 TEST(PixelKernels, EveryBlendRowFollowsTheFormula)
@@ -49,16 +43,16 @@ TEST(PixelKernels, EveryBlendRowFollowsTheFormula)
     // pixels leave a tail for the narrower paths and the scalar loop.
     int const n = 263;
     for (Kernel const& k : BlendKernels()) {
-        std::vector<unsigned char> src(4 * n), dst(4 * n), want(4 * n);
+        imaging_test::Bytes src(4 * n), dst(4 * n), want(4 * n);
         for (std::uint32_t da = 0; da < 256; ++da) {
             for (std::uint32_t sa = 0; sa < 256; ++sa) {
                 for (int i = 0; i < n; ++i) {
                     std::uint32_t const c = static_cast<std::uint32_t>(i) & 255;
                     std::uint32_t const s = sa << 24 | (c ^ 0x5A) << 16 | (255 - c) << 8 | c;
                     std::uint32_t const d = da << 24 | c << 16 | 255 << 8 | (c * 7 & 255);
-                    Put(src, i, s);
-                    Put(dst, i, d);
-                    Put(want, i, imaging_test::ExpectedBlend(d, s));
+                    imaging_test::PutWord(src, 4 * i, s);
+                    imaging_test::PutWord(dst, 4 * i, d);
+                    imaging_test::PutWord(want, 4 * i, imaging_test::ExpectedBlend(d, s));
                 }
                 k.row(dst.data(), src.data(), n);
                 ASSERT_EQ(dst, want) << k.name << " sa=" << sa << " da=" << da;
