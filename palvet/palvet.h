@@ -15,7 +15,12 @@
 #include <palvet/imaging/drawing.h>
 #include <palvet/imaging/geometry.h>
 #include <palvet/text/buffer.h>
+#include <palvet/text/chinese_numerals.h>
+#include <palvet/text/hex_text.h>
+#include <palvet/text/memory_search.h>
 #include <palvet/text/simple_string.h>
+#include <palvet/text/split.h>
 #include <palvet/text/text_utils.h>
+#include <palvet/text/url_encoding.h>
 
 #endif
