@@ -10,6 +10,7 @@
 #include <palvet/core/debug_output.h>
 #include <palvet/core/export.h>
 #include <palvet/files/file_utils.h>
+#include <palvet/files/system_utils.h>
 #include <palvet/imaging/bmp.h>
 #include <palvet/imaging/color_conversion.h>
 #include <palvet/imaging/drawing.h>
