@@ -220,7 +220,7 @@ TEST(FileManagement, SizesAndSpace)
     }
     // Single precision: a double would print 1234567.89 here.
     CSimpleStringA s;
-    FormatFileSize(123456789ull * (1ull << 40) / 100, &s);
+    FormatFileSize((1234567ull << 40) + (89ull << 40) / 100, &s);
     EXPECT_STREQ(s.GetString(), "1234567.88 T");
 
     unsigned long long freeBytes = 1, total = 1, avail = 1;
