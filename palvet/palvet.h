@@ -23,5 +23,6 @@
 #include <palvet/text/split.h>
 #include <palvet/text/text_utils.h>
 #include <palvet/text/url_encoding.h>
+#include <palvet/threads/base_thread.h>
 
 #endif
