@@ -16,8 +16,9 @@
 class CBuffer;
 struct UConverter;  // ICU's opaque converter
 
-// Any value outside 1..4 converts as UTF-8.
-enum eCHARSETTYPE {
+// Any value outside 1..4 converts as UTF-8. The fixed int type makes every
+// int a valid value, so callers may pass what they were given.
+enum eCHARSETTYPE : int {
     CHARSET_UTF8 = 0,
     CHARSET_UTF32 = 1,  // 32-bit wchar_t text, little-endian
     CHARSET_GB2312 = 2,
