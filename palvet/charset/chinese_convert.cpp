@@ -49,34 +49,37 @@ void TableConvert(char const* source, int length, char* dest, int capacity)
     unsigned char const(*entries)[2] = Table::Entries();
     int const count = Table::Count();
 
+    // Within limit - 1 both bytes of a pair are inside the source and the
+    // destination, so the main loop needs no bounds tests of its own.
     int i = 0;
-    while (i < limit) {
+    while (i < limit - 1) {
         // Runs of plain bytes are copied a word at a time.
         while (i + 8 <= limit && !AnyHighByte(in + i)) {
             memcpy(out + i, in + i, 8);
             i += 8;
         }
-        if (i >= limit)
+        if (i >= limit - 1)
             break;
         unsigned char lead = in[i];
-        if (lead > 0xA0 && i + 1 < length && Table::IsTrail(in[i + 1])) {
-            // A pair is written whole or not at all, never past the capacity.
-            if (i + 1 >= capacity)
-                break;
-            unsigned char trail = in[i + 1];
+        unsigned char trail = in[i + 1];
+        if (lead > 0xA0 && Table::IsTrail(trail)) {
             int index = Table::Index(lead, trail);
-            if (index >= 0 && index < count) {
-                out[i] = entries[index][0];
-                out[i + 1] = entries[index][1];
-            } else {
-                out[i] = lead;
-                out[i + 1] = trail;
-            }
+            if (index >= 0 && index < count)
+                memcpy(out + i, entries[index], 2);
+            else
+                memcpy(out + i, in + i, 2);
             i += 2;
         } else {
             out[i] = lead;
             ++i;
         }
+    }
+    // One byte of room or of source left: a lone byte is copied; a pair that
+    // would end past the capacity is not written at all.
+    if (i == limit - 1) {
+        bool pair = in[i] > 0xA0 && i + 1 < length && Table::IsTrail(in[i + 1]);
+        if (!pair)
+            out[i] = in[i];
     }
 }
 
