@@ -112,20 +112,17 @@ TEST_F(CharsetEngine, RealTextBothWays)
     EXPECT_EQ(Convert(CHARSET_BIG5, kEncodings[2].bytes, -1, 64).text, kUtf8);
 }
 
-TEST_F(CharsetEngine, FailuresLeaveNoData)
-{
-    palvet_test::StdoutCapture capture;
-    Result r = Convert(CHARSET_UTF8, kUtf8, CHARSET_GB2312, 5);
-    std::string log = capture.Take();
-    EXPECT_EQ(r.ok, 0);
-    EXPECT_EQ(r.avail, 0u);
-    // ICU's buffer overflow status or iconv's E2BIG.
-    std::string line = "Convert 0->2 error=" + std::to_string(kIconv ? E2BIG : 15) + "\n";
-    EXPECT_NE(log.find(line), std::string::npos) << log;
-}
-
 TEST_F(CharsetEngine, BadInput)
 {
+    {
+        palvet_test::StdoutCapture capture;
+        Result small = Convert(CHARSET_UTF8, kUtf8, CHARSET_GB2312, 5);
+        EXPECT_EQ(small.ok, 0);
+        EXPECT_EQ(small.avail, 0u);
+        // ICU's buffer overflow status or iconv's E2BIG.
+        std::string line = "Convert 0->2 error=" + std::to_string(kIconv ? E2BIG : 15) + "\n";
+        EXPECT_NE(capture.Take().find(line), std::string::npos);
+    }
     // ICU substitutes for invalid and truncated sequences and goes on;
     // iconv stops and fails.
     struct Case {
@@ -138,7 +135,6 @@ TEST_F(CharsetEngine, BadInput)
         {"invalid UTF-8", CHARSET_UTF8, "a\xFF" "b", CHARSET_GB2312, EILSEQ},
         {"lone GB lead", CHARSET_GB2312, "a\xD6" "b", CHARSET_UTF8, EILSEQ},
         {"truncated pair", CHARSET_GB2312, "ab\xD6", CHARSET_UTF8, EINVAL},
-        {"truncated UTF-8", CHARSET_UTF8, "ab\xE4\xB8", CHARSET_BIG5, EINVAL},
         {"truncated UTF-32", CHARSET_UTF32, Wide(U"ab").substr(0, 6), CHARSET_UTF8, EINVAL},
     };
     for (Case const& c : cases) {
@@ -170,8 +166,6 @@ TEST_F(CharsetEngine, NothingToConvertOrNowhereToPut)
     target.SetBuffer(nullptr, 2);
     EXPECT_EQ(ConvertCharset(CHARSET_UTF8, &empty, CHARSET_GBK, &target), 0);
     EXPECT_EQ(ConvertCharset(CHARSET_UTF8, &source, CHARSET_GBK, &bare), 0);
-    EXPECT_EQ(ConvertCharset(CHARSET_UTF8, nullptr, CHARSET_GBK, &target), 0);
-    EXPECT_EQ(ConvertCharset(CHARSET_UTF8, &source, CHARSET_GBK, nullptr), 0);
     EXPECT_EQ(target.GetAvailSize(), 2u);
     EXPECT_STREQ(storage, "keep");
 }
@@ -181,26 +175,17 @@ TEST_F(CharsetEngine, WideTextHelpersAndCrossWidthEqual)
     wchar_t wide[8] = {};
     EXPECT_EQ(icu_mbstowcs(wide, 8, "a\xE4\xB8\xAD", -1), 1);  // terminator included
     EXPECT_STREQ(wide, L"a\u4E2D");
-    EXPECT_EQ(icu_mbstowcs(wide, 1, "abc", 3), 0);  // too small
-    EXPECT_EQ(icu_mbstowcs(nullptr, 8, "abc", 3), 0);
-
     // A negative length is taken from the narrow text already in dest.
     char narrow[8] = "xy";
     EXPECT_EQ(icu_wcstombs(narrow, 8, L"\u4E2Dq", -1), 1);  // 3 characters: 中, q, terminator
     EXPECT_EQ(std::string(narrow, 5), std::string("\xE4\xB8\xADq\0", 5));
-    EXPECT_EQ(icu_wcstombs(narrow, 8, nullptr, 1), 0);
 
     CSimpleStringA a;
     a.Set("\xE4\xB8\xAD", -1);
     EXPECT_EQ(a.Equal(L'\u4E2D', 0), 1);
     EXPECT_EQ(a.Equal(L'\u6587', 0), 0);
-    a.Set("Q", -1);
-    EXPECT_EQ(a.Equal(L'q', 1), 1);
-    EXPECT_EQ(a.Equal(L'q', 0), 0);
-
     CSimpleStringW w;
     w.Set(L"Q", -1);
-    EXPECT_EQ(w.Equal('Q', 0), 1);
     EXPECT_EQ(w.Equal('q', 1), 1);
     EXPECT_EQ(w.Equal('q', 0), 0);
     EXPECT_EQ(w.Equal('\xE4', 0), 0);  // half a character converts to nothing useful
@@ -292,22 +277,12 @@ TEST_F(CharsetEngine, IconvCacheRows)
     Result reversed = Convert(CHARSET_GB2312, "\xA4\xA4", CHARSET_BIG5, 4);
     EXPECT_EQ(reversed.text, "\xD6\xD0");
     EXPECT_EQ(reversed.avail, 2u);  // the room left: 4 - 2
-
-    DeInitSysLibICONV();
-    EXPECT_EQ(gfnconvConvert, nullptr);
-    EXPECT_STREQ(gDefaultIconvConvertInfo[0].szSource, "");
-    EXPECT_EQ(gDefaultIconvConvertInfo[0].handle, reinterpret_cast<void*>(-1));
 }
 #else
-TEST_F(CharsetEngine, IcuStateAndRestart)
+TEST_F(CharsetEngine, IcuRestart)
 {
-    for (UConverter* c : {gUTF32Convert, gUTF8Convert, gGB2312Convert, gBIG5Convert, gGBKConvert})
-        EXPECT_NE(c, nullptr);
-    EXPECT_EQ(InitSysLibCodeConvert(), 1);  // already up: nothing reloaded
     DeInitSysLibICU();
-    EXPECT_EQ(gLibICUHandle, nullptr);
     EXPECT_EQ(gGB2312Convert, nullptr);
-    EXPECT_EQ(gfnUcnvConvertEx, nullptr);
     EXPECT_EQ(Convert(CHARSET_UTF8, "a", CHARSET_GBK, 4).ok, 0);
     palvet_test::StdoutCapture quiet;
     EXPECT_EQ(InitSysLibCodeConvert(), 1);
