@@ -3,6 +3,7 @@
 
 // Umbrella header: the whole public interface of the library.
 
+#include <palvet/charset/charset_convert.h>
 #include <palvet/containers/crc.h>
 #include <palvet/containers/hash_table.h>
 #include <palvet/containers/ptr_collection.h>

@@ -68,6 +68,8 @@ public:
     int Equal(char const* text, int count, int nocase) const;
     int Equal(char c, int nocase) const;
     int Equal(wchar_t const* text, int count, int nocase) const;
+    // Converted to UTF-8 by the charset engine; 0 when no engine runs.
+    int Equal(wchar_t c, int nocase) const;
     int Equal(CSimpleStringA const* other, int nocase) const;
     int Equal(CSimpleStringW const* other, int nocase) const;
 
@@ -82,6 +84,12 @@ public:
     int IsAlpha() const;
     void ToLower();
     void ToUpper();
+
+    // Simplified <-> traditional Chinese in place, through GB2312 and Big5
+    // and the tables of the charset engine. The stored length is kept: a
+    // shorter result is terminated early. Without an engine the text stays.
+    void ToTraditionalChinese();
+    void ToSimpleChinese();
 
     // Storage management, public for compatibility; meant for internal use.
     void AppendInternal(char const* text, int count);
@@ -137,6 +145,9 @@ public:
     int Equal(wchar_t const* text, int count, int nocase) const;
     int Equal(wchar_t c, int nocase) const;
     int Equal(char const* text, int count, int nocase) const;
+    // The byte is converted by the charset engine, so only an ASCII byte can
+    // match; 0 when no engine runs.
+    int Equal(char c, int nocase) const;
     int Equal(CSimpleStringW const* other, int nocase) const;
     int Equal(CSimpleStringA const* other, int nocase) const;
 
@@ -148,6 +159,10 @@ public:
     int IsAlpha() const;
     void ToLower();
     void ToUpper();
+
+    // Runs on a UTF-8 copy of the text.
+    void ToTraditionalChinese();
+    void ToSimpleChinese();
 
     void AppendInternal(wchar_t const* text, int count);
     void AppendInternal(char const* text, int count);

@@ -1,5 +1,7 @@
 #include <palvet/text/simple_string.h>
 
+#include <palvet/charset/charset_convert.h>
+
 #include "simple_string_internal.h"
 
 #include <cstring>
@@ -57,6 +59,14 @@ int CSimpleStringA::Equal(char const* text, int count, int nocase) const
 int CSimpleStringA::Equal(char c, int nocase) const
 {
     return Equal(&c, 1, nocase);
+}
+
+int CSimpleStringA::Equal(wchar_t c, int nocase) const
+{
+    // Four UTF-8 bytes at most, and a terminator that stays zero.
+    char narrow[5] = {};
+    icu_wcstombs(narrow, 5, &c, 1);
+    return Equal(narrow, -1, nocase);
 }
 
 int CSimpleStringA::Equal(wchar_t const* text, int count, int nocase) const
@@ -149,6 +159,13 @@ int CSimpleStringW::Equal(wchar_t const* text, int count, int nocase) const
 int CSimpleStringW::Equal(wchar_t c, int nocase) const
 {
     return Equal(&c, 1, nocase);
+}
+
+int CSimpleStringW::Equal(char c, int nocase) const
+{
+    wchar_t wide = 0;
+    icu_mbstowcs(&wide, 1, &c, 1);
+    return Equal(&wide, 1, nocase);
 }
 
 int CSimpleStringW::Equal(char const* text, int count, int nocase) const
