@@ -17,5 +17,6 @@
 #include <palvet/text/buffer.h>
 #include <palvet/text/simple_string.h>
 #include <palvet/text/text_utils.h>
+#include <palvet/version.h>
 
 #endif

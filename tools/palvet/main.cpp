@@ -10,6 +10,7 @@ int main(int argc, char** argv)
     app.name("palvet");
     app.require_subcommand(1);
     app.fallthrough(false);
+    app.set_version_flag("--version", std::string("palvet ") + PALVET_VERSION_STRING);
 
     tool::AddImageCommands(app);
     tool::AddCharsetCommands(app);
