@@ -25,5 +25,6 @@
 #include <palvet/text/text_utils.h>
 #include <palvet/text/url_encoding.h>
 #include <palvet/threads/base_thread.h>
+#include <palvet/version.h>
 
 #endif
