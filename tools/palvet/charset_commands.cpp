@@ -131,9 +131,9 @@ void Chinese(bool toTraditional, std::vector<std::string> const& words)
         s.ToTraditionalChinese();
     else
         s.ToSimpleChinese();
-    fputs(s.GetString(), stdout);
+    fputs(s.GetString(), Out());
     if (!words.empty())
-        putchar('\n');
+        fputc('\n', Out());
 }
 
 }  // namespace

@@ -129,7 +129,7 @@ void Demo(std::string dir, std::string sheetPath)
 {
     unsigned long long t0 = GetTickCountUS();
     bool engine = InitSysLibCodeConvert() != 0;
-    printf("character-set engine: %s\n",
+    fprintf(Out(), "character-set engine: %s\n",
            gLibICUHandle != nullptr ? "ICU" : gLibIconvHandle != nullptr ? "iconv" : "none (names shown as stored)");
 
     std::string root;
@@ -143,7 +143,7 @@ void Demo(std::string dir, std::string sheetPath)
             MakeFolder(dir);
         }
         CreateSampleFolder(dir, engine);
-        printf("sample folder: %s\n", dir.c_str());
+        fprintf(Out(), "sample folder: %s\n", dir.c_str());
         if (sheetPath.empty())
             sheetPath = root + "/contact-sheet.bmp";
     } else if (!IsDir(dir.c_str())) {
@@ -158,7 +158,7 @@ void Demo(std::string dir, std::string sheetPath)
     CPtrListCtrl list;
     GetLocalFolderFileList(dir.c_str(), nullptr, &list, ".bmp;.BMP", 0);
     int n = list.GetCount();
-    printf("listed %d picture(s) in %llu us\n", n, GetTickCountUS() - t1);
+    fprintf(Out(), "listed %d picture(s) in %llu us\n", n, GetTickCountUS() - t1);
 
     // 2. The sheet: a grid of cells, each picture fitted into its cell.
     std::vector<unsigned char> sheet(static_cast<size_t>(kSheetW) * 4 * kSheetH);
@@ -185,7 +185,7 @@ void Demo(std::string dir, std::string sheetPath)
         if (!LoadBmpImageFromFile(path, &w, &h, &bpp, &pixels) || w <= 0 || h <= 0 ||
             (bpp != 16 && bpp != 24 && bpp != 32)) {
             DeleteBmpImageData(pixels);
-            printf("  %-16s skipped (not a picture this demo draws)\n", shownName.c_str());
+            fprintf(Out(), "  skipped (not a picture this demo draws): %s\n", shownName.c_str());
             continue;
         }
         Frame f = FrameFromBmpPixels(pixels, w, h, bpp, path);
@@ -209,11 +209,11 @@ void Demo(std::string dir, std::string sheetPath)
         FormatFileSize(file ? FileSize(file) : 0, &size);
         if (file)
             fclose(file);
-        printf("  %-16s %4dx%-4d %2d-bit %10s  cell %d\n", shownName.c_str(), w, h, bpp, size.GetString(), shown);
+        fprintf(Out(), "  cell %d: %4dx%-4d %2d-bit %10s  %s\n", shown, w, h, bpp, size.GetString(), shownName.c_str());
         ++shown;
     }
     FreeFileList(&list);
-    printf("loaded %d picture(s) in %llu us, drew them in %llu us\n", shown, loadUs, drawUs);
+    fprintf(Out(), "loaded %d picture(s) in %llu us, drew them in %llu us\n", shown, loadUs, drawUs);
 
     PendingFile out(sheetPath);
     SaveRgbBufferToBmpFile(sheet.data(), kSheetW, -kSheetH, 32, nullptr, 0, out.Temp());
@@ -240,18 +240,18 @@ void Demo(std::string dir, std::string sheetPath)
             ConvertGB2312ToUTF8_File(src, dst);
             std::vector<unsigned char> text = ReadWhole(dst, true);
             std::string first(text.begin(), std::find(text.begin(), text.end(), '\n'));
-            printf("converted %s to UTF-8: %s (\"%s\")\n", shownName.c_str(), dst, first.c_str());
+            fprintf(Out(), "converted %s to UTF-8: %s (\"%s\")\n", shownName.c_str(), dst, first.c_str());
         }
         FreeFileList(&texts);
     }
     DeInitSysLibCodeConvert();
 
     std::vector<unsigned char> saved = ReadWhole(sheetPath);
-    printf("sheet CRC-32 %08x, %zu bytes, %dx%d, total %llu us\n",
+    fprintf(Out(), "sheet CRC-32 %08x, %zu bytes, %dx%d, total %llu us\n",
            CCRC::CalculateDigest(saved.data(), static_cast<unsigned int>(saved.size())), saved.size(), kSheetW,
            kSheetH, GetTickCountUS() - t0);
     char real[4096];
-    printf("contact sheet: %s\n", realpath(sheetPath.c_str(), real) ? real : sheetPath.c_str());
+    fprintf(Out(), "contact sheet: %s\n", realpath(sheetPath.c_str(), real) ? real : sheetPath.c_str());
 }
 
 }  // namespace

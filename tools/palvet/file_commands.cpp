@@ -43,11 +43,11 @@ void List(ListOptions const& o)
         CPtrListCtrl folders;
         GetLocalFolderFileList(o.dir.c_str(), o.folders ? &folders : nullptr, &files, filter, o.all);
         for (int i = 0; i < folders.GetCount(); ++i)
-            printf("%s/\n", static_cast<char const*>(folders.GetAt(i)));
+            fprintf(Out(), "%s/\n", static_cast<char const*>(folders.GetAt(i)));
         FreeFileList(&folders);
     }
     for (int i = 0; i < files.GetCount(); ++i)
-        printf("%s\n", static_cast<char const*>(files.GetAt(i)));
+        fprintf(Out(), "%s\n", static_cast<char const*>(files.GetAt(i)));
     FreeFileList(&files);
 }
 
@@ -58,7 +58,7 @@ void Find(std::string const& dir, std::string const& name, bool recurse, bool al
     char found[1025] = {0};
     if (!FindFileInSubFolder(dir.c_str(), "", name.c_str(), all, recurse, found))
         Fail(name + ": not found in " + dir);
-    printf("%s\n", found);
+    fprintf(Out(), "%s\n", found);
 }
 
 std::string Target(std::string const& src, std::string const& dst)
@@ -127,7 +127,7 @@ void Mv(std::string const& src, std::string const& dstArg, bool quiet)
 
 void Df(std::vector<std::string> const& paths)
 {
-    printf("%-10s %-10s %-10s %s\n", "total", "free", "available", "path");
+    fprintf(Out(), "%-10s %-10s %-10s %s\n", "total", "free", "available", "path");
     for (auto const& p : paths) {
         if (!IsFileExist(p.c_str()))
             Fail(p + ": no such file or folder");
@@ -137,7 +137,7 @@ void Df(std::vector<std::string> const& paths)
         FormatFileSize(total, &t);
         FormatFileSize(freeBytes, &f);
         FormatFileSize(avail, &a);
-        printf("%-10s %-10s %-10s %s\n", t.GetString(), f.GetString(), a.GetString(), p.c_str());
+        fprintf(Out(), "%-10s %-10s %-10s %s\n", t.GetString(), f.GetString(), a.GetString(), p.c_str());
     }
 }
 

@@ -31,7 +31,7 @@ void Info(std::vector<std::string> const& files)
         static std::map<unsigned, char const*> const kCompression = {
             {0, "none"}, {1, "RLE8"}, {2, "RLE4"}, {3, "bit fields"}, {6, "alpha bit fields"}};
         auto c = kCompression.find(compression);
-        printf("%s: %dx%d, %d bits per pixel, %s, header %u bytes (%s), compression %s, pixels at %u, file %zu bytes\n",
+        fprintf(Out(), "%s: %dx%d, %d bits per pixel, %s, header %u bytes (%s), compression %s, pixels at %u, file %zu bytes\n",
                path.c_str(), w, h, bpp, rawHeight < 0 ? "top-down" : "bottom-up", headerSize,
                headerSize == 40 ? "classic" : headerSize >= 124 ? "version 5" : "other",
                c != kCompression.end() ? c->second : "other", data.size() >= 14 ? Le32(data, 10) : 0,
@@ -74,7 +74,7 @@ void Convert(ConvertOptions const& o)
     }
     unsigned long long took = GetTickCountUS() - start;
     SaveFrame(frame, o.out, to, o.bpp);
-    printf("%s (%s) -> %s (%s), %dx%d, %llu us\n", o.in.c_str(), FormatName(from), o.out.c_str(),
+    fprintf(Out(), "%s (%s) -> %s (%s), %dx%d, %llu us\n", o.in.c_str(), FormatName(from), o.out.c_str(),
            FormatName(to), frame.width, frame.height, took);
 }
 

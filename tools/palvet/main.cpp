@@ -31,13 +31,20 @@ int main(int argc, char** argv)
         return tool::kExitUsage;
     }
 
+    tool::SeparateLibraryLog();
+    int status = 0;
     try {
         if (tool::ChosenAction())
             tool::ChosenAction()();
     } catch (tool::Failure const& e) {
         fflush(stdout);
         fprintf(stderr, "palvet: %s\n", e.what());
-        return e.code;
+        status = e.code;
     }
-    return 0;
+    fflush(stdout);
+    if (fflush(tool::Out()) != 0 && status == 0) {
+        fprintf(stderr, "palvet: cannot write the output\n");
+        status = tool::kExitFailed;
+    }
+    return status;
 }

@@ -21,7 +21,7 @@ void ConfigGet(std::string const& path, std::string const& key)
     LoadConfig(path, &text);
     if (!GetAttrValueFromConfig(&text, key.c_str(), &value))
         Fail(key + ": not in " + path);
-    printf("%s\n", value.GetString());
+    fprintf(Out(), "%s\n", value.GetString());
 }
 
 void ConfigSet(std::string const& path, std::string const& key, std::string const& value)
@@ -51,7 +51,7 @@ void Uuid(int count)
         CreateUUID_Random(&id);
         CSimpleStringA text;
         UUIDToString(&id, &text);
-        printf("%s\n", text.GetString());
+        fprintf(Out(), "%s\n", text.GetString());
     }
 }
 
@@ -61,7 +61,7 @@ void ProductId()
     GetProductID(id, sizeof id);
     if (id[0] == '\0')
         Fail("this machine has no readable product identifier (/sys/class/dmi/id/product_uuid)");
-    printf("%s\n", id);
+    fprintf(Out(), "%s\n", id);
 }
 
 void Time(std::string const& text)
@@ -78,7 +78,7 @@ void Time(std::string const& text)
         time_t when = mktime(&t);
         if (when == static_cast<time_t>(-1))
             Fail("'" + text + "' is not a time this machine can represent");
-        printf("%lld\n", static_cast<long long>(when));
+        fprintf(Out(), "%lld\n", static_cast<long long>(when));
         return;
     }
     time_t now = time(nullptr);
@@ -87,7 +87,7 @@ void Time(std::string const& text)
     ConvertTmToSystemTime(&local, &st);
     // The record keeps tm's numbering (years since 1900, months from 0);
     // print the calendar date.
-    printf("%04d/%02d/%02d %02d:%02d:%02d\n", st.wYear + 1900, st.wMonth + 1, st.wDay, st.wHour,
+    fprintf(Out(), "%04d/%02d/%02d %02d:%02d:%02d\n", st.wYear + 1900, st.wMonth + 1, st.wDay, st.wHour,
            st.wMinute, st.wSecond);
 }
 
@@ -98,7 +98,7 @@ void Sh(std::vector<std::string> const& words)
         cmd += (cmd.empty() ? "" : " ") + w;
     CSimpleStringA out;
     do_syscmd(&out, "%s", cmd.c_str());
-    fwrite(out.GetString(), 1, static_cast<size_t>(out.GetLength()), stdout);
+    fwrite(out.GetString(), 1, static_cast<size_t>(out.GetLength()), Out());
 }
 
 void Pidof(std::string const& name, bool fullCommand)
@@ -111,8 +111,8 @@ void Pidof(std::string const& name, bool fullCommand)
     if (pids.GetCount() == 0)
         Fail(name + ": no such process");
     for (int i = 0; i < pids.GetCount(); ++i)
-        printf("%s%ld", i ? " " : "", static_cast<long>(reinterpret_cast<intptr_t>(pids.GetAt(i))));
-    printf("\n");
+        fprintf(Out(), "%s%ld", i ? " " : "", static_cast<long>(reinterpret_cast<intptr_t>(pids.GetAt(i))));
+    fprintf(Out(), "\n");
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ void Crc32(std::vector<std::string> const& files)
             size_t n = std::min<size_t>(data.size() - at, 1u << 20);
             crc.Update(data.data() + at, static_cast<unsigned int>(n));
         }
-        printf("%u %zu %s\n", crc.GetDigest(), data.size(), path.c_str());
+        fprintf(Out(), "%u %zu %s\n", crc.GetDigest(), data.size(), path.c_str());
     }
 }
 
@@ -47,7 +47,7 @@ void Crc16(std::vector<std::string> const& files)
             for (unsigned char b : data)
                 reg = ((reg << 8) ^ crc_ta_8[((reg >> 8) ^ b) & 0xFF]) & 0xFFFF;
         }
-        printf("%u %zu %s\n", reg, data.size(), path.c_str());
+        fprintf(Out(), "%u %zu %s\n", reg, data.size(), path.c_str());
     }
 }
 
@@ -59,13 +59,12 @@ void HexDump(std::string const& path, int width, bool plain)
     if (plain) {
         CSimpleStringA hex;
         BufferToHexStringA(data.data(), static_cast<int>(data.size()), &hex);
-        printf("%s\n", hex.GetString());
+        fprintf(Out(), "%s\n", hex.GetString());
         return;
     }
     if (width < 1)
         BadUsage("--width must be 1 or more");
-    fflush(stdout);
-    PrintHexBuffer(data.data(), static_cast<int>(data.size()), width);
+    WithLibraryLogOnStdout([&] { PrintHexBuffer(data.data(), static_cast<int>(data.size()), width); });
 }
 
 void HexParse(std::vector<std::string> const& words, std::string const& out)
@@ -79,7 +78,7 @@ void HexParse(std::vector<std::string> const& words, std::string const& out)
     CBuffer bytes;
     HexStringToBufferA(digits.c_str(), static_cast<int>(digits.size()), &bytes);
     if (out.empty() || out == "-") {
-        fwrite(bytes.GetBuffer(), 1, bytes.GetAvailSize(), stdout);
+        fwrite(bytes.GetBuffer(), 1, bytes.GetAvailSize(), Out());
         return;
     }
     PendingFile file(out);
@@ -97,8 +96,8 @@ void Url(bool encode, std::vector<std::string> const& words)
         EncodeURL(text.c_str(), &out);
     else
         DecodeURL(text.c_str(), &out);
-    fwrite(out.GetString(), 1, static_cast<size_t>(out.GetLength()), stdout);
-    putchar('\n');
+    fwrite(out.GetString(), 1, static_cast<size_t>(out.GetLength()), Out());
+    fputc('\n', Out());
 }
 
 struct SplitOptions {
@@ -124,7 +123,7 @@ void Split(SplitOptions const& o)
                                        static_cast<int>(o.chars.size()), o.skipEmpty, &pieces, o.max);
     }
     for (int i = 0; i < pieces.GetCount(); ++i)
-        printf("%s\n", static_cast<char const*>(pieces.GetAt(i)));
+        fprintf(Out(), "%s\n", static_cast<char const*>(pieces.GetAt(i)));
     Internal_DelArrayA(copy);
 }
 
@@ -137,7 +136,7 @@ void NumberZh(std::string const& text)
         BadUsage("'" + text + "' is not a number from 0 to " + std::to_string(INT_MAX));
     wchar_t out[32];
     ConvertNumberToChineseNumber(static_cast<int>(v), out, 32);
-    printf("%s\n", Utf8(out).c_str());
+    fprintf(Out(), "%s\n", Utf8(out).c_str());
 }
 
 }  // namespace

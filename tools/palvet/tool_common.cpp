@@ -9,6 +9,38 @@
 
 namespace tool {
 
+namespace {
+FILE* g_out = stdout;
+int g_outFd = -1;
+}  // namespace
+
+FILE* Out() { return g_out; }
+
+void SeparateLibraryLog()
+{
+    fflush(stdout);
+    g_outFd = dup(STDOUT_FILENO);
+    FILE* out = g_outFd >= 0 ? fdopen(g_outFd, "w") : nullptr;
+    if (out == nullptr)
+        return;
+    g_out = out;
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+}
+
+void WithLibraryLogOnStdout(std::function<void()> const& fn)
+{
+    if (g_outFd < 0) {
+        fn();
+        return;
+    }
+    fflush(g_out);
+    fflush(stdout);
+    dup2(g_outFd, STDOUT_FILENO);
+    fn();
+    fflush(stdout);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+}
+
 void Fail(std::string const& message) { throw Failure(kExitFailed, message); }
 void BadUsage(std::string const& message) { throw Failure(kExitUsage, message); }
 

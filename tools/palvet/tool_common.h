@@ -5,6 +5,7 @@
 // failure, whole-file input, output files that appear only when complete,
 // and the copy progress bar.
 
+#include <cstdio>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -28,6 +29,15 @@ struct Failure : std::runtime_error {
 
 [[noreturn]] void Fail(std::string const& message);      // operation failed (1)
 [[noreturn]] void BadUsage(std::string const& message);  // bad argument (2)
+
+// Where the tool's own output goes: the real standard output. The library
+// logs its diagnostics on standard output, which main points at standard
+// error so that they never mix with results.
+FILE* Out();
+void SeparateLibraryLog();
+// Runs fn with the library's log on the real standard output (for jobs whose
+// result is the log itself, such as the hex dump).
+void WithLibraryLogOnStdout(std::function<void()> const& fn);
 
 // Registers a subcommand's work; main runs the one that was chosen after the
 // whole command line has been parsed.
