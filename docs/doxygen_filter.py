@@ -59,6 +59,9 @@ while i < len(lines):
         continue
     if stripped and not stripped.startswith("#"):
         seen_declaration = True
-    out.append(re.sub(r"([;,{])(\s*)//(?!/)", r"\1\2///<", lines[i]))
+    if stripped.startswith("#define"):
+        out.append(re.sub(r"(\s)//(?!/)", r"\1///<", lines[i], count=1))
+    else:
+        out.append(re.sub(r"([;,{])(\s*)//(?!/)", r"\1\2///<", lines[i]))
     i += 1
 sys.stdout.write("\n".join(out))

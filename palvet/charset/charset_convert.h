@@ -29,9 +29,9 @@ enum eCHARSETTYPE : int {
 // One cached iconv descriptor. handle is the iconv_t, (void*)-1 when the row
 // is empty or opening failed; it is pointer-sized, 32 bits on the target.
 struct tagICONV_CONVERT_INFO {
-    char szSource[16];
-    char szTarget[16];
-    void* handle;
+    char szSource[16];  // iconv name of the source set
+    char szTarget[16];  // iconv name of the target set
+    void* handle;       // iconv_open(target, source), or -1
 };
 
 // The ICU functions are looked up by name; the status arguments are ICU's

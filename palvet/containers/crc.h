@@ -19,6 +19,7 @@ public:
     // Fills Table; returns 256. Already done when the library is loaded.
     static int InitTable();
 
+    // Feed one value (integers as little-endian bytes) or a block of bytes.
     void UpdateBYTE(unsigned char value);
     void UpdateUINT16(unsigned short value);
     void UpdateUINT32(unsigned int value);

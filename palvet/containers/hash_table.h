@@ -19,8 +19,8 @@
 
 // Iteration cursor: a bucket index and an entry index within that bucket.
 struct tagHASHPOSITION {
-    int bucket;
-    int index;
+    int bucket;  // bucket index
+    int index;   // entry index within the bucket
 };
 
 // Find callbacks for the bucket arrays. HashFind: the entry's int key equals
@@ -29,8 +29,13 @@ struct tagHASHPOSITION {
 PALVET_API int HashFind(void const* entry, void const* key);
 PALVET_API int CRCHashFind(void const* entry, void const* probe);
 
+// A hash table of int keys with duplicates: each bucket is a CPtrArrayCtrl of
+// entry records, found through its own find machinery; a remembered position
+// serves FindNextData and DeleteNextData.
 class PALVET_API CHashTable {
 public:
+    // A table of bucket_count buckets; the bucket table is allocated by
+    // InitHashTable.
     CHashTable(int bucket_count);
     virtual ~CHashTable();
 
@@ -75,11 +80,16 @@ private:
     int m_count;
 };
 
+// A hash table keyed by byte strings, bucketed by the keys' CRC-32; otherwise
+// as CHashTable.
 class PALVET_API CCRCHashTable {
 public:
+    // A table of bucket_count buckets, allocated by InitCRCHashTable.
     CCRCHashTable(int bucket_count);
     virtual ~CCRCHashTable();
 
+    // Allocates the empty bucket table (emptying the table first if it had
+    // one); 1 on success.
     int InitCRCHashTable();
 
     // Keys are length bytes at key; the table keeps its own copy. A negative

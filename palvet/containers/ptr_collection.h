@@ -111,6 +111,7 @@ public:
 class PALVET_API CPtrArrayCtrl : public CPtrCtrl {
 public:
     CPtrArrayCtrl();
+    // Copies of another collection's pointers (not of what they point to).
     CPtrArrayCtrl(CPtrArrayCtrl& src);
     CPtrArrayCtrl(CPtrCtrl* src);
     ~CPtrArrayCtrl() override;
@@ -178,6 +179,7 @@ private:
     int m_findForward;
 };
 
+// A new array holding left's pointers followed by right's.
 PALVET_API CPtrArrayCtrl operator+(CPtrArrayCtrl& left, CPtrArrayCtrl& right);
 
 // Doubly linked list with a cached current node: a positional lookup walks
@@ -185,14 +187,16 @@ PALVET_API CPtrArrayCtrl operator+(CPtrArrayCtrl& left, CPtrArrayCtrl& right);
 // sequential access costs one step per call.
 class PALVET_API CPtrListCtrl : public CPtrCtrl {
 public:
+    // One node of the list.
     struct tagDATALIST {
-        void const* data;
-        tagDATALIST* next;
+        void const* data;    // the element
+        tagDATALIST* next;   // the following node, null at the tail
         // The first node's prev is the list's embedded head node.
         tagDATALIST* prev;
     };
 
     CPtrListCtrl();
+    // Copies of another collection's pointers (not of what they point to).
     CPtrListCtrl(CPtrListCtrl& src);
     CPtrListCtrl(CPtrCtrl* src);
     ~CPtrListCtrl() override;
@@ -257,6 +261,7 @@ private:
     int m_relinkDepth;
 };
 
+// A new list holding left's pointers followed by right's.
 PALVET_API CPtrListCtrl operator+(CPtrListCtrl& left, CPtrListCtrl& right);
 
 #endif

@@ -162,24 +162,24 @@ PALVET_API void SetAttrValueToConfig(CSimpleStringA* config, char const* key, ch
 // The first eight fields of tm, in tm's order and numbering (months from 0,
 // years since 1900 when made from tm).
 struct tagSYSTEMTIME {
-    int wSecond;
-    int wMinute;
-    int wHour;
-    int wDay;
-    int wMonth;
-    int wYear;
-    int wDayOfWeek;
-    int wDayOfYear;
+    int wSecond;     // 0-60
+    int wMinute;     // 0-59
+    int wHour;       // 0-23
+    int wDay;        // day of the month, 1-31
+    int wMonth;      // 0-11 when made from tm
+    int wYear;       // years since 1900 when made from tm
+    int wDayOfWeek;  // days since Sunday, 0-6
+    int wDayOfYear;  // days since January 1, 0-365
 };
 
 // A 128-bit identifier; its text form is the six parts in this order.
 struct tagUUID {
-    unsigned int timeLow;
-    unsigned short timeMid;
-    unsigned short timeHigh;
-    unsigned short clockSeq;
-    unsigned short nodeHigh;
-    unsigned int nodeLow;
+    unsigned int timeLow;     // 8 hex digits
+    unsigned short timeMid;   // 4 hex digits
+    unsigned short timeHigh;  // 4 hex digits
+    unsigned short clockSeq;  // 4 hex digits
+    unsigned short nodeHigh;  // first 4 of the last 12 hex digits
+    unsigned int nodeLow;     // last 8 hex digits
 };
 
 // Field by field, the daylight-saving flag not carried.

@@ -9,15 +9,16 @@
 // Width is right - left, height is bottom - top; empty when left >= right
 // or top >= bottom.
 struct tagRECT {
-    int left;
-    int top;
-    int right;
-    int bottom;
+    int left;    // first column inside
+    int top;     // first row inside
+    int right;   // first column past the right edge
+    int bottom;  // first row past the bottom edge
 };
 
+// A point in pixels.
 struct tagPOINT {
-    int x;
-    int y;
+    int x;  // column
+    int y;  // row
 };
 
 // Sets rc to (x, y, x + w, y + h) and returns rc.
@@ -35,7 +36,9 @@ PALVET_API void UnionRect(tagRECT* out, tagRECT const* a, tagRECT const* b);
 // width or height at the smaller far edge, never a negative size.
 PALVET_API void BoundRect(tagRECT* out, tagRECT const* a, tagRECT const* b);
 
+// 1 when rc is empty (left >= right or top >= bottom), else 0.
 PALVET_API int IsRectEmpty(tagRECT const* rc);
+// 1 when all four fields are equal, else 0.
 PALVET_API int IsRectEqual(tagRECT const* a, tagRECT const* b);
 // 1 when pt lies in rc with all four edges inclusive; 0 for an empty rc.
 PALVET_API int PtInRect(tagRECT const* rc, tagPOINT pt);

@@ -31,11 +31,11 @@ public:
     // Frees owned storage (bound memory is left alone); all sizes become 0.
     void Delete();
 
-    unsigned char* GetBuffer() const;
+    unsigned char* GetBuffer() const;   // the block (null when empty)
     unsigned int GetAvailSize() const;  // bytes of data held
     unsigned int GetLeftSize() const;   // room left without reallocation
     unsigned int GetBufSize() const;    // capacity
-    int IsBindBuffer();
+    int IsBindBuffer();                 // 1 when bound to caller memory
 
 private:
     unsigned char* m_pData;

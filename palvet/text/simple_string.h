@@ -23,9 +23,11 @@ namespace palvet::detail {
 struct SimpleStringAccess;
 }
 
+// An owned, zero-terminated string of bytes, read as UTF-8.
 class PALVET_API CSimpleStringA {
 public:
     CSimpleStringA();
+    // Copies of another string's text (the wide one converted to UTF-8).
     CSimpleStringA(CSimpleStringA const* other);
     CSimpleStringA(CSimpleStringW const* other);
     virtual ~CSimpleStringA();
@@ -107,9 +109,11 @@ private:
     int m_nCapacity;
 };
 
+// An owned, zero-terminated string of 32-bit wide characters.
 class PALVET_API CSimpleStringW {
 public:
     CSimpleStringW();
+    // A copy of a narrow string's text, converted from UTF-8.
     CSimpleStringW(CSimpleStringA const* other);
     // Copies up to the other string's first zero character.
     CSimpleStringW(CSimpleStringW const* other);

@@ -23,6 +23,7 @@ PALVET_API wchar_t* AllocCopyWStringFromAString(char const* source, int count);
 // the encoded text. Conversion stops once the text reaches 4 * count + 1 bytes.
 PALVET_API char* AllocCopyAStringFromWString(wchar_t const* source, int count);
 
+// Release results of the two functions above; null is ignored.
 PALVET_API void FreeWString(wchar_t* text);
 PALVET_API void FreeAString(char* text);
 
