@@ -115,6 +115,9 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(run("image", "convert", "--size", "4by4", raw, out).returncode, 2)
         self.assertEqual(run("image", "--bogus").returncode, 2)
         self.assertEqual(run("no-such-command").returncode, 2)
+        self.assertIn("palvet ", self.ok("--version"))
+        self.assertIn("Subcommands", self.ok("--help"))
+        self.assertIn("--size", self.ok("image", "convert", "--help"))
         self.assertEqual(run("number-zh", "-5").returncode, 2)
         self.assertEqual(sorted(os.listdir(self.dir)), ["short.i420"])
 

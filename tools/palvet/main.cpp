@@ -25,6 +25,8 @@ int main(int argc, char** argv)
         return app.exit(e);
     } catch (CLI::CallForAllHelp const& e) {
         return app.exit(e);
+    } catch (CLI::CallForVersion const& e) {
+        return app.exit(e);
     } catch (CLI::ParseError const& e) {
         // CLI11 has its own codes; scripts get the usual 2 for bad usage.
         app.exit(e);
