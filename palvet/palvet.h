@@ -11,12 +11,19 @@
 #include <palvet/core/debug_output.h>
 #include <palvet/core/export.h>
 #include <palvet/files/file_utils.h>
+#include <palvet/files/system_utils.h>
 #include <palvet/imaging/bmp.h>
 #include <palvet/imaging/color_conversion.h>
 #include <palvet/imaging/drawing.h>
 #include <palvet/imaging/geometry.h>
 #include <palvet/text/buffer.h>
+#include <palvet/text/chinese_numerals.h>
+#include <palvet/text/hex_text.h>
+#include <palvet/text/memory_search.h>
 #include <palvet/text/simple_string.h>
+#include <palvet/text/split.h>
 #include <palvet/text/text_utils.h>
+#include <palvet/text/url_encoding.h>
+#include <palvet/threads/base_thread.h>
 
 #endif
