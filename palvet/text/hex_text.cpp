@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <type_traits>
 #include <new>
 #include <vector>
 
@@ -15,16 +16,28 @@ namespace {
 
 char const kLowerHex[] = "0123456789abcdef";
 
+// Digit values of the bytes, -1 for non-digits.
+struct HexTable {
+    signed char value[256];
+    constexpr HexTable() : value()
+    {
+        for (int c = 0; c < 256; ++c)
+            value[c] = -1;
+        for (int c = 0; c < 10; ++c)
+            value['0' + c] = static_cast<signed char>(c);
+        for (int c = 0; c < 6; ++c) {
+            value['a' + c] = static_cast<signed char>(10 + c);
+            value['A' + c] = static_cast<signed char>(10 + c);
+        }
+    }
+};
+constexpr HexTable kHex;
+
 template <class Ch>
 int HexValue(Ch c)
 {
-    if (c >= '0' && c <= '9')
-        return static_cast<int>(c - '0');
-    if (c >= 'a' && c <= 'f')
-        return static_cast<int>(c - 'a' + 10);
-    if (c >= 'A' && c <= 'F')
-        return static_cast<int>(c - 'A' + 10);
-    return -1;
+    auto u = static_cast<typename std::make_unsigned<Ch>::type>(c);
+    return u < 256 ? kHex.value[u] : -1;
 }
 
 // Length of a 0x / 0X prefix at text, looking at no more than avail
@@ -88,8 +101,14 @@ std::vector<unsigned char> DecodeHex(Ch const* text, int count)
     text += skip;
     n -= skip;
     std::vector<unsigned char> bytes(n / 2);
-    for (size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = ParseHex<unsigned char>(text + 2 * i, n - 2 * i, 2);
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        Ch const* pair = text + 2 * i;
+        int hi = HexValue(pair[0]), lo = HexValue(pair[1]);
+        // Two digits, the usual case, directly; anything else (a bad
+        // character, or an inner "0x" read as a prefix) the long way.
+        bytes[i] = hi >= 0 && lo >= 0 ? static_cast<unsigned char>(hi << 4 | lo)
+                       : ParseHex<unsigned char>(pair, n - 2 * i, 2);
+    }
     return bytes;
 }
 
