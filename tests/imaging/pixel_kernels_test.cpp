@@ -39,6 +39,29 @@ std::vector<Kernel> BlendKernels()
 
 }  // namespace
 
+TEST(PixelKernels, EveryBlendRowGivesKnownPixels)
+{
+    // Worked out by hand from the formula (see the drawing tests), repeated
+    // across a row long enough for every vector width.
+    std::uint32_t const cases[][3] = {{0x80FF0000, 0x800000FF, 0xC05500AA},
+                                      {0xFF102030, 0x40F0E0D0, 0xFF485058},
+                                      {0x01FFFFFF, 0x01000000, 0x02808080},
+                                      {0x00123456, 0x7F654321, 0x7F654321},
+                                      {0x7F654321, 0x00123456, 0x7F654321},
+                                      {0x80ABCDEF, 0xFF010203, 0xFF010203}};
+    int const n = 6 * 11;
+    for (Kernel const& k : BlendKernels()) {
+        imaging_test::Bytes src(4 * n), dst(4 * n);
+        for (int i = 0; i < n; ++i) {
+            imaging_test::PutWord(dst, 4 * i, cases[i % 6][0]);
+            imaging_test::PutWord(src, 4 * i, cases[i % 6][1]);
+        }
+        k.row(dst.data(), src.data(), n);
+        for (int i = 0; i < n; ++i)
+            EXPECT_EQ(imaging_test::Word(dst, 4 * i), cases[i % 6][2]) << k.name << " pixel " << i;
+    }
+}
+
 TEST(PixelKernels, EveryBlendRowFollowsTheFormula)
 {
     // Every alpha pair with every colour difference of either sign; 263
