@@ -12,8 +12,13 @@
 #include <palvet/files/file_utils.h>
 #include <palvet/imaging/bmp.h>
 #include <palvet/imaging/color_conversion.h>
+#include <palvet/imaging/color_tables.h>
 #include <palvet/imaging/drawing.h>
 #include <palvet/imaging/geometry.h>
+#include <palvet/imaging/pixel_buffer.h>
+#include <palvet/imaging/rotation.h>
+#include <palvet/imaging/yuv_layout_convert.h>
+#include <palvet/imaging/yuv_rgb_convert.h>
 #include <palvet/text/buffer.h>
 #include <palvet/text/simple_string.h>
 #include <palvet/text/text_utils.h>

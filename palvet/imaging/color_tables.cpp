@@ -1,4 +1,4 @@
-#include <palvet/imaging/color_conversion.h>
+#include <palvet/imaging/color_tables.h>
 
 #include <palvet/core/cpu_features_internal.h>
 #include <palvet/imaging/color_conversion_internal.h>
