@@ -186,7 +186,18 @@ TEST(Bmp, LoaderRefusesBadAndTruncatedImages)
     WriteWholeFile(path, good.substr(0, 60));
     EXPECT_EQ(LoadBmpImageFromFile(path.c_str(), dims, dims, dims, nullptr) +
               LoadBmpImageFromFile(dir.path().c_str(), dims, dims, dims, nullptr) +
-              LoadBmpImageFromFile(nullptr, dims, dims, dims, nullptr), 0);
+              LoadBmpImageFromFile(nullptr, dims, dims, dims, nullptr) +
+              LoadBmpImageFromFile(dir.File("missing").c_str(), dims, dims, dims, nullptr), 0);
+    // Saving fails silently: nothing from a null buffer, nothing where the
+    // file cannot be made.
+    unsigned char const one[4] = {};
+    std::string const none = dir.File("none.bmp"), deep = dir.File("no/such/dir.bmp");
+    SaveRgbBufferToBmpFile(nullptr, 1, 1, 32, nullptr, 0, none.c_str());
+    SaveRgb565BufferToBmpFile(nullptr, 1, 1, none.c_str());
+    SaveRgbBufferToBmpFile(one, 1, 1, 32, nullptr, 0, deep.c_str());
+    SaveRgb565BufferToBmpFile(one, 1, 1, deep.c_str());
+    EXPECT_EQ(LoadBmpImageFromFile(none.c_str(), dims, dims, dims, nullptr) +
+              LoadBmpImageFromFile(deep.c_str(), dims, dims, dims, nullptr), 0);
     WriteWholeFile(path, good);
     unsigned char* loaded = nullptr;
     ASSERT_EQ(LoadBmpImageFromFile(path.c_str(), &dims[0], &dims[1], &dims[2], &loaded), 1);

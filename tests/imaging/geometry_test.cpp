@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cmath>
 #include <string>
 
 namespace {
@@ -31,6 +32,9 @@ TEST(Geometry, BuildsMovesAndScalesRectangles)
     EXPECT_TRUE(Is(*ScaleRect(&rc, 0.5f, 0.5f), 1, 1, 2, 2));
     rc = {-3, -5, 7, 9};
     EXPECT_TRUE(Is(*ScaleRect(&rc, 0.5f, 1.5f), -1, -7, 3, 13));  // truncation toward zero
+    // Products beyond the int range saturate; NaN gives 0.
+    rc = {-3, -5, 7, 9};
+    EXPECT_TRUE(Is(*ScaleRect(&rc, 1e30f, std::nanf("")), INT_MIN, 0, INT_MAX, 0));
 }
 
 TEST(Geometry, EmptinessUnionIntersectionAndContainment)
@@ -112,6 +116,8 @@ TEST(Geometry, ParsesRectangleText)
     EXPECT_TRUE(Is(rc, INT_MAX, 0, INT_MIN, 1));
     EXPECT_EQ(ParserRectFromString("-2147483648,-9,-1,99999999999", &rc), 1);
     EXPECT_TRUE(Is(rc, INT_MIN, -9, INT_MAX, INT_MAX - 9));
+    EXPECT_EQ(ParserRectFromString("-99999999999,0,-1,0", &rc), 1);  // saturates, then wraps
+    EXPECT_TRUE(Is(rc, INT_MIN, 0, INT_MAX, 0));
 }
 
 TEST(Geometry, PlacesSourceByMode)
