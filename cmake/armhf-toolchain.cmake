@@ -13,4 +13,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${PALVET_ARMHF_SYSROOT})
+# The cross libraries first: with Debian's armhf multiarch libc installed too,
+# the loader's cache would otherwise mix its libc with the cross loader.
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${PALVET_ARMHF_SYSROOT} -E LD_LIBRARY_PATH=${PALVET_ARMHF_SYSROOT}/lib)
