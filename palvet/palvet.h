@@ -14,8 +14,13 @@
 #include <palvet/files/system_utils.h>
 #include <palvet/imaging/bmp.h>
 #include <palvet/imaging/color_conversion.h>
+#include <palvet/imaging/color_tables.h>
 #include <palvet/imaging/drawing.h>
 #include <palvet/imaging/geometry.h>
+#include <palvet/imaging/pixel_buffer.h>
+#include <palvet/imaging/rotation.h>
+#include <palvet/imaging/yuv_layout_convert.h>
+#include <palvet/imaging/yuv_rgb_convert.h>
 #include <palvet/text/buffer.h>
 #include <palvet/text/chinese_numerals.h>
 #include <palvet/text/hex_text.h>

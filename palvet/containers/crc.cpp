@@ -2,6 +2,8 @@
 
 #include "crc32_internal.h"
 
+#include <palvet/core/cpu_features_internal.h>
+
 #include <cstdint>
 #include <cstring>
 
@@ -85,7 +87,7 @@ unsigned int Crc32UpdateScalar(unsigned int reg, unsigned char const* p, size_t 
 unsigned int Crc32Update(unsigned int reg, unsigned char const* p, size_t n)
 {
 #if defined(__x86_64__) || defined(__i386__)
-    if (n >= 64 && Crc32HasPclmul()) {
+    if (n >= 64 && Crc32HasPclmul() && UseAvx2()) {
         size_t const bulk = n & ~static_cast<size_t>(15);
         reg = Crc32FoldPclmul(reg, p, bulk);
         p += bulk;

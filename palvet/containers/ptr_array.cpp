@@ -228,21 +228,13 @@ int CPtrArrayCtrl::FindDataAtPos(int pos, void const* key, int (*cb)(void const*
 
 int CPtrArrayCtrl::FindFirst(void const* key, int (*cb)(void const*, void const*))
 {
-    if (m_count < 1)
-        return -1;
-    if (m_curPos < 0 || m_curPos >= m_count)
-        m_curPos = 0;
-    int const c = m_curPos;
-    SetFindData(c, c, c);
-    return palvet::detail::RingFindFirst(
-        m_count, c, [&](int i) { return FindDataAtPos(i, key, cb) != 0; },
+    return palvet::detail::CollectionFindFirst(
+        m_count, m_curPos, [&](int i) { return FindDataAtPos(i, key, cb) != 0; },
         [this](int s, int b, int f) { SetFindData(s, b, f); });
 }
 
 int CPtrArrayCtrl::FindNext(void const* key, int (*cb)(void const*, void const*))
 {
-    if (m_count < 1)
-        return -1;
     return palvet::detail::RingFindNext(
         m_count, {m_findStart, m_findBackward, m_findForward},
         [&](int i) { return FindDataAtPos(i, key, cb) != 0; },

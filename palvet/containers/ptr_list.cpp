@@ -248,23 +248,15 @@ int CPtrListCtrl::FindDataAtPos(int pos, void const* key, int (*cb)(void const*,
 
 int CPtrListCtrl::FindFirst(void const* key, int (*cb)(void const*, void const*))
 {
-    if (m_count < 1)
-        return -1;
     // Only the index is reset: with index 0 the lookup walks from the head
     // and never uses the stale node.
-    if (m_cachedIndex < 0 || m_cachedIndex >= m_count)
-        m_cachedIndex = 0;
-    int const c = m_cachedIndex;
-    SetFindData(c, c, c);
-    return palvet::detail::RingFindFirst(
-        m_count, c, [&](int i) { return FindDataAtPos(i, key, cb) != 0; },
+    return palvet::detail::CollectionFindFirst(
+        m_count, m_cachedIndex, [&](int i) { return FindDataAtPos(i, key, cb) != 0; },
         [this](int s, int b, int f) { SetFindData(s, b, f); });
 }
 
 int CPtrListCtrl::FindNext(void const* key, int (*cb)(void const*, void const*))
 {
-    if (m_count < 1)
-        return -1;
     return palvet::detail::RingFindNext(
         m_count, {m_findStart, m_findBackward, m_findForward},
         [&](int i) { return FindDataAtPos(i, key, cb) != 0; },

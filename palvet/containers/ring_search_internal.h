@@ -50,9 +50,26 @@ int RingFindFirst(int count, int c, Matches matches, Record record)
     }
 }
 
+// A new search of a collection of count elements from its cursor: a cursor
+// outside the collection is reset to 0 first, and the find state is recorded
+// before any element is tested. -1 for an empty collection.
+template <typename Matches, typename Record>
+int CollectionFindFirst(int count, int& cursor, Matches matches, Record record)
+{
+    if (count < 1)
+        return -1;
+    if (cursor < 0 || cursor >= count)
+        cursor = 0;
+    int const c = cursor;
+    record(c, c, c);
+    return RingFindFirst(count, c, matches, record);
+}
+
 template <typename Matches, typename Record>
 int RingFindNext(int count, FindState st, Matches matches, Record record)
 {
+    if (count < 1)
+        return -1;
     long long fwd_done = static_cast<long long>(st.forward) - st.start;
     if (st.forward < st.start)
         fwd_done += count;

@@ -56,6 +56,44 @@ inline bool CpuHasNeon()
 #endif
 }
 
+// One cap on the vectorised paths for every kernel family, so that tests
+// can run each level a processor has, the plain one included, and so that
+// tools which emulate a narrower processor (valgrind has no AVX-512) can be
+// given paths they run. The starting cap comes from the environment variable
+// PALVET_KERNEL_LEVEL ("scalar", "sse2", "neon", "avx2", "avx512" or the level
+// number), read once; Auto when it is absent or unrecognised.
+enum class KernelLevel { Auto = -1, Scalar = 0, Sse2OrNeon = 1, Avx2 = 2, Avx512 = 3 };
+
+// Changes the cap; for tests. Not synchronised with running conversions.
+void SetKernelLevel(KernelLevel level);
+KernelLevel GetKernelLevel();
+// Whether dispatchers may use the kernels of level (the processor may still
+// lack them: check the CpuHas functions too).
+bool KernelLevelAllows(KernelLevel level);
+
+// The processor has the extension and the cap allows it: what dispatchers ask.
+inline bool UseSse2() { return CpuHasSse2() && KernelLevelAllows(KernelLevel::Sse2OrNeon); }
+inline bool UseNeon() { return CpuHasNeon() && KernelLevelAllows(KernelLevel::Sse2OrNeon); }
+inline bool UseAvx2() { return CpuHasAvx2() && KernelLevelAllows(KernelLevel::Avx2); }
+inline bool UseAvx512() { return CpuHasAvx512() && KernelLevelAllows(KernelLevel::Avx512); }
+
+// The levels this processor has, Scalar first, whatever the cap.
+inline bool CpuHasKernelLevel(KernelLevel level)
+{
+    switch (level) {
+    case KernelLevel::Auto:
+    case KernelLevel::Scalar:
+        return true;
+    case KernelLevel::Sse2OrNeon:
+        return CpuHasSse2() || CpuHasNeon();
+    case KernelLevel::Avx2:
+        return CpuHasAvx2();
+    case KernelLevel::Avx512:
+        return CpuHasAvx512();
+    }
+    return false;
+}
+
 }  // namespace palvet::detail
 
 #endif

@@ -30,7 +30,8 @@ PALVET_API int FixToPathName(char* path);
 PALVET_API void FixToFileName(char* path);
 
 // dest = folder + '/' + name, with folder cut to 1023 characters and the
-// whole to 1023 characters plus the separator. A null folder gives name
+// whole to 1023 characters plus the separator: up to 1024 characters and the
+// terminator, so dest needs 1025 bytes. A null folder gives name
 // alone, a null name the folder with its '/'. No separator is dropped from
 // the front of name: "a/" and "/b" give "a//b". 0 when dest is null, else 1.
 PALVET_API int CombinePathName(char* dest, char const* folder, char const* name);

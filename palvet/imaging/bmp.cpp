@@ -77,7 +77,10 @@ unsigned char* NewInfoBlock(unsigned int headerSize, int width, int height, int 
     Put32(info + 8, h);
     Put16(info + 12, 1);
     Put16(info + 14, static_cast<unsigned int>(bpp));
-    Put32(info + 20, static_cast<uint32_t>(h * RowStride(w, bpp)));
+    // The 32-bit field keeps the low bits of the size; the product is taken
+    // in unsigned 64-bit, where extreme sizes wrap instead of overflowing.
+    Put32(info + 20, static_cast<uint32_t>(static_cast<unsigned long long>(h) *
+                                           static_cast<unsigned long long>(RowStride(w, bpp))));
     if (palette != nullptr && count > 0) {
         for (int i = 0; i < count; ++i)
             Put32(info + headerSize + 4 * i, palette[i]);
@@ -163,38 +166,39 @@ int LoadBmpImageFromData(unsigned char const* data, int size, int* width, int* h
     int const depth = static_cast<int>(Get16(data + 28));
     uint32_t const offset = Get32(data + 10);
 
-    // Deliberately stricter than trusting the header: the pixel block it
-    // describes must lie inside the data, and its size must come out of the
-    // int arithmetic of the row formula without overflow. Anything else is
-    // refused before any output is written, so truncated or hostile data can
-    // neither be read past its end nor make us allocate more than it holds.
-    if (h == INT32_MIN)
-        return 0;
-    long long const bits = static_cast<long long>(w) * depth;
-    if (bits + 31 > INT_MAX || bits < INT_MIN)
-        return 0;
-    long long const stride = RowStride(w, depth);
-    long long const total = stride * (h < 0 ? -static_cast<long long>(h) : h);
-    if (total < 0 || offset > static_cast<uint32_t>(size) ||
-        total > static_cast<long long>(size - static_cast<int>(offset)))
-        return 0;
-
-    unsigned char* copy = nullptr;
     if (pixels != nullptr) {
-        copy = new (std::nothrow) unsigned char[static_cast<size_t>(total)];
+        // Deliberately stricter than trusting the header: the pixel block it
+        // describes must lie inside the data, and its size must come out of
+        // the int arithmetic of the row formula without overflow. Anything
+        // else is refused before any output is written, so truncated or
+        // hostile data can neither be read past its end nor make us allocate
+        // more than it holds. A header query copies nothing and is answered
+        // whatever the block would be.
+        if (h == INT32_MIN)
+            return 0;
+        long long const bits = static_cast<long long>(w) * depth;
+        if (bits + 31 > INT_MAX || bits < INT_MIN)
+            return 0;
+        long long const stride = RowStride(w, depth);
+        long long const total = stride * (h < 0 ? -static_cast<long long>(h) : h);
+        if (total < 0 || offset > static_cast<uint32_t>(size) ||
+            total > static_cast<long long>(size - static_cast<int>(offset)))
+            return 0;
+        unsigned char* copy = new (std::nothrow) unsigned char[static_cast<size_t>(total)];
         if (copy == nullptr)
             return 0;
         if (total > 0)
             memcpy(copy, data + offset, static_cast<size_t>(total));
+        *pixels = copy;
     }
     if (width != nullptr)
         *width = w;
+    // INT_MIN has no positive counterpart and stays as it is (the 32-bit
+    // negation wraps to itself).
     if (height != nullptr)
-        *height = h < 0 ? -h : h;
+        *height = static_cast<int>(Magnitude(h));
     if (bpp != nullptr)
         *bpp = depth;
-    if (pixels != nullptr)
-        *pixels = copy;
     return 1;
 }
 

@@ -12,12 +12,13 @@
 #include <palvet/core/export.h>
 
 // Parses a BMP held in memory: "BM" and a file-size field equal to size are
-// required. Stores the width as stored, the height made positive and the bits
-// per pixel in the outputs that are not null; with a non-null pixels, also a
-// new copy of the pixel block (rows padded, in file order, no conversion; free
-// it with DeleteBmpImageData). Refuses (returns 0, outputs untouched) an image
-// whose pixel block does not lie inside the data or whose size does not fit in
-// an int. Returns 1 on success.
+// required. Stores the width as stored, the height made positive (INT_MIN
+// stays INT_MIN) and the bits per pixel in the outputs that are not null;
+// with a non-null pixels, also a new copy of the pixel block (rows padded, in
+// file order, no conversion; free it with DeleteBmpImageData). A copy is
+// refused (returns 0, outputs untouched) when the pixel block does not lie
+// inside the data or its size does not fit in an int; a header query (pixels
+// null) reports the header whatever block it describes. Returns 1 on success.
 PALVET_API int LoadBmpImageFromData(unsigned char const* data, int size, int* width, int* height,
                                     int* bpp, unsigned char** pixels);
 
@@ -29,7 +30,7 @@ PALVET_API int LoadBmpImageFromFile(char const* path, int* width, int* height, i
 PALVET_API void DeleteBmpImageData(unsigned char* pixels);
 
 // Builds a classic information header (header size 40, sizes made positive,
-// uncompressed) followed by count palette entries when palette is not null.
+// uncompressed; the image-size field holds the low 32 bits of the size) followed by count palette entries when palette is not null.
 // "Colours used" holds count whenever palette is not null, even a count of 0
 // or below. Stores the block's size in *infoSize when that is not null.
 // Free the block with DeleteBitmapInfo. Null when it cannot be allocated.

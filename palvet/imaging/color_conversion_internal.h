@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include <palvet/core/cpu_features_internal.h>
+
 namespace palvet::detail {
 
 // The vectorised kernels cannot read the lookup tables, so they compute each
@@ -122,9 +124,8 @@ ColourKernels const* ColourKernelsAvx2();
 ColourKernels const* ColourKernelsAvx512();
 ColourKernels const* ColourKernelsNeon();
 
-enum class KernelLevel { Auto = -1, Scalar = 0, Sse2OrNeon = 1, Avx2 = 2, Avx512 = 3 };
-
-// Caps the kernels the conversions may use; for tests. Not thread-safe.
+// Caps the kernels the conversions may use (the shared SetKernelLevel cap);
+// for tests. Not thread-safe.
 void SetColourKernelLevel(KernelLevel level);
 // Whether the processor has the kernels of the level (Scalar always).
 bool ColourKernelLevelAvailable(KernelLevel level);

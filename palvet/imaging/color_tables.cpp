@@ -1,4 +1,4 @@
-#include <palvet/imaging/color_conversion.h>
+#include <palvet/imaging/color_tables.h>
 
 #include <palvet/core/cpu_features_internal.h>
 #include <palvet/imaging/color_conversion_internal.h>
@@ -50,7 +50,6 @@ RgbToYuvForms gRgbForms;
 YuvToRgbForms gYuvForms;
 // Bit 0: gRgbForms usable; bit 1: gYuvForms usable. Published after the forms.
 std::atomic<int> gFastState{0};
-KernelLevel gLevel = KernelLevel::Auto;
 
 constexpr int kNoFit = -1;
 
@@ -405,7 +404,7 @@ YuvToRgbForms const* ActiveYuvToRgbForms()
     return (gFastState.load(std::memory_order_acquire) & 2) ? &gYuvForms : nullptr;
 }
 
-void SetColourKernelLevel(KernelLevel level) { gLevel = level; }
+void SetColourKernelLevel(KernelLevel level) { SetKernelLevel(level); }
 
 bool ColourKernelLevelAvailable(KernelLevel level)
 {
@@ -425,14 +424,13 @@ bool ColourKernelLevelAvailable(KernelLevel level)
 
 ColourKernels const* ActiveColourKernels()
 {
-    int cap = gLevel == KernelLevel::Auto ? 3 : static_cast<int>(gLevel);
-    if (cap >= 3 && CpuHasAvx512() && ColourKernelsAvx512())
+    if (UseAvx512() && ColourKernelsAvx512())
         return ColourKernelsAvx512();
-    if (cap >= 2 && CpuHasAvx2() && ColourKernelsAvx2())
+    if (UseAvx2() && ColourKernelsAvx2())
         return ColourKernelsAvx2();
-    if (cap >= 1 && CpuHasSse2() && ColourKernelsSse2())
+    if (UseSse2() && ColourKernelsSse2())
         return ColourKernelsSse2();
-    if (cap >= 1 && CpuHasNeon() && ColourKernelsNeon())
+    if (UseNeon() && ColourKernelsNeon())
         return ColourKernelsNeon();
     return nullptr;
 }

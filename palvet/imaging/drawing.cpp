@@ -83,7 +83,7 @@ public:
     ColumnStrip(int bpp, int srcWidth)
     {
 #if defined(__x86_64__) || defined(__i386__)
-        useGroups_ = bpp == 4 && palvet::detail::CpuHasAvx2();
+        useGroups_ = bpp == 4 && palvet::detail::UseAvx2();
 #endif
         (void)bpp;
         srcWidth_ = srcWidth;

@@ -33,21 +33,38 @@ int ParseInt(char const* token)
     return static_cast<int>(v);
 }
 
+// a + b as 32-bit two's-complement hardware adds: computed unsigned, so a
+// sum beyond the int range wraps instead of being undefined.
+int WrapAdd(int a, int b)
+{
+    return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
+}
+
+int WrapSub(int a, int b)
+{
+    return static_cast<int>(static_cast<unsigned int>(a) - static_cast<unsigned int>(b));
+}
+
+unsigned long long Magnitude(long long v)
+{
+    return v < 0 ? 0ull - static_cast<unsigned long long>(v) : static_cast<unsigned long long>(v);
+}
+
 }  // namespace
 
 tagRECT* SetRectXY(tagRECT* rc, int x, int y, int w, int h)
 {
     rc->left = x;
     rc->top = y;
-    rc->right = x + w;
-    rc->bottom = y + h;
+    rc->right = WrapAdd(x, w);
+    rc->bottom = WrapAdd(y, h);
     return rc;
 }
 
 void GetRelativeRect(tagRECT* out, tagRECT const* rc)
 {
-    int const w = rc->right - rc->left;
-    int const h = rc->bottom - rc->top;
+    int const w = WrapSub(rc->right, rc->left);
+    int const h = WrapSub(rc->bottom, rc->top);
     out->left = 0;
     out->top = 0;
     out->right = w;
@@ -66,10 +83,10 @@ tagRECT* ScaleRect(tagRECT* rc, float sx, float sy)
 void InflatRect(tagRECT* rc, int dx, int dy)
 {
     // Translates rather than grows: callers depend on it.
-    rc->left += dx;
-    rc->right += dx;
-    rc->top += dy;
-    rc->bottom += dy;
+    rc->left = WrapAdd(rc->left, dx);
+    rc->right = WrapAdd(rc->right, dx);
+    rc->top = WrapAdd(rc->top, dy);
+    rc->bottom = WrapAdd(rc->bottom, dy);
 }
 
 void UnionRect(tagRECT* out, tagRECT const* a, tagRECT const* b)
@@ -129,8 +146,14 @@ int IsPointInPolySides(int x, int y, tagPOINT* pts, int n)
         long long const xj = pts[j].x, yj = pts[j].y;
         if (yi != yj) {
             if ((yi > y && yj <= y) || (yi <= y && yj > y)) {
-                // 64-bit so that large coordinates cannot overflow the product.
-                long long const xc = xi + ((y - yi) * (xj - xi)) / (yj - yi);
+                // y lies within the edge's span, so |y - yi| <= |yj - yi| and
+                // the quotient is no larger than |xj - xi| < 2^32. The
+                // magnitudes' product is below 2^64: exact in unsigned 64-bit,
+                // where a signed product could overflow.
+                unsigned long long const q =
+                    Magnitude(y - yi) * Magnitude(xj - xi) / Magnitude(yj - yi);
+                bool const negative = (((y - yi) < 0) != ((xj - xi) < 0)) != ((yj - yi) < 0);
+                long long const xc = negative ? xi - static_cast<long long>(q) : xi + static_cast<long long>(q);
                 if (x == xc)
                     return 0;
                 if (x < xc)

@@ -3,6 +3,11 @@
 
 // Integer rectangles and points, and the placement helpers the drawing
 // functions build on. All functions are stateless and re-entrant.
+//
+// Coordinates are 32-bit ints. Sums and differences that leave the int range
+// (a far edge from x + w near INT_MAX, say, which text from a configuration
+// file can ask for) wrap as 32-bit two's complement, as the target's
+// hardware does; they are never undefined.
 
 #include <palvet/core/export.h>
 
@@ -21,7 +26,7 @@ struct tagPOINT {
     int y;  // row
 };
 
-// Sets rc to (x, y, x + w, y + h) and returns rc.
+// Sets rc to (x, y, x + w, y + h), sums wrapping, and returns rc.
 PALVET_API tagRECT* SetRectXY(tagRECT* rc, int x, int y, int w, int h);
 // out = (0, 0, width of rc, height of rc).
 PALVET_API void GetRelativeRect(tagRECT* out, tagRECT const* rc);
@@ -46,7 +51,8 @@ PALVET_API int PtInRect(tagRECT const* rc, tagPOINT pt);
 // 1 inside the polygon of n vertices, 0 on its boundary, -1 outside (and for
 // fewer than three vertices).
 PALVET_API int IsPointInPolySides(int x, int y, tagPOINT* pts, int n);
-// Parses "x,y,width,height" (first 31 characters only). Returns 1 on
+// Parses "x,y,width,height" (first 31 characters only); each number saturates
+// at the int range and the far edges wrap as in SetRectXY. Returns 1 on
 // success; with fewer than four fields sets rc to zeros and returns 0.
 PALVET_API int ParserRectFromString(char const* text, tagRECT* rc);
 // Adjusts the destination and source areas of a copy by the alignment mode

@@ -61,16 +61,16 @@ void BlendRowArgbScalar(unsigned char* dst, unsigned char const* src, int n)
 void BlendRowArgb(unsigned char* dst, unsigned char const* src, int n)
 {
 #if defined(__x86_64__) || defined(__i386__)
-    if (CpuHasAvx512()) {
+    if (UseAvx512()) {
         BlendRowArgbAvx512(dst, src, n);
         return;
     }
-    if (CpuHasAvx2()) {
+    if (UseAvx2()) {
         BlendRowArgbAvx2(dst, src, n);
         return;
     }
 #elif defined(__arm__) || defined(__aarch64__)
-    if (CpuHasNeon()) {
+    if (UseNeon()) {
         BlendRowArgbNeon(dst, src, n);
         return;
     }
@@ -93,12 +93,12 @@ void Rgb24ToRgb32RowScalar(unsigned char const* src, unsigned char* dst, int n, 
 void Rgb24ToRgb32Row(unsigned char const* src, unsigned char* dst, int n, bool swap)
 {
 #if defined(__x86_64__) || defined(__i386__)
-    if (CpuHasAvx2()) {
+    if (UseAvx2()) {
         Rgb24ToRgb32RowAvx2(src, dst, n, swap);
         return;
     }
 #elif defined(__arm__) || defined(__aarch64__)
-    if (CpuHasNeon()) {
+    if (UseNeon()) {
         Rgb24ToRgb32RowNeon(src, dst, n, swap);
         return;
     }
@@ -120,12 +120,12 @@ void Rgb32ToRgb24RowScalar(unsigned char const* src, unsigned char* dst, int n, 
 void Rgb32ToRgb24Row(unsigned char const* src, unsigned char* dst, int n, bool swap)
 {
 #if defined(__x86_64__) || defined(__i386__)
-    if (CpuHasAvx2()) {
+    if (UseAvx2()) {
         Rgb32ToRgb24RowAvx2(src, dst, n, swap);
         return;
     }
 #elif defined(__arm__) || defined(__aarch64__)
-    if (CpuHasNeon()) {
+    if (UseNeon()) {
         Rgb32ToRgb24RowNeon(src, dst, n, swap);
         return;
     }
@@ -137,7 +137,7 @@ void Rgb32ToRgb24Row(unsigned char const* src, unsigned char* dst, int n, bool s
 // NEON versions, since only the *_neon files may use NEON.
 #if (defined(__arm__) || defined(__aarch64__))
 #define PALVET_NEON_DISPATCH(call)  \
-    if (CpuHasNeon()) {             \
+    if (UseNeon()) {             \
         call;                       \
         return;                     \
     }
@@ -215,15 +215,17 @@ void Rotate32Scalar(unsigned char const* src, unsigned char* dst, int w, int h, 
 void Rotate32(unsigned char const* src, unsigned char* dst, int w, int h, int degrees)
 {
 #if defined(__x86_64__) || (defined(__i386__) && defined(__SSE2__))
-    Rotate32Sse2(src, dst, w, h, degrees);
+    if (UseSse2()) {
+        Rotate32Sse2(src, dst, w, h, degrees);
+        return;
+    }
 #elif defined(__arm__) || defined(__aarch64__)
-    if (CpuHasNeon())
+    if (UseNeon()) {
         Rotate32Neon(src, dst, w, h, degrees);
-    else
-        Rotate32Scalar(src, dst, w, h, degrees);
-#else
-    Rotate32Scalar(src, dst, w, h, degrees);
+        return;
+    }
 #endif
+    Rotate32Scalar(src, dst, w, h, degrees);
 }
 
 }  // namespace palvet::detail

@@ -6,12 +6,19 @@
 // vectorised versions that must match it bit for bit; the dispatchers pick
 // the best one the processor supports. Vectorised entry points exist only on
 // their architecture.
+//
+// The inline helpers and templates here have internal linkage: this header
+// is also compiled into the AVX2, AVX-512 and NEON objects, and an
+// out-of-line copy from one of those, picked by the linker for a plain
+// caller, would stop on a processor without the extension.
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 namespace palvet::detail {
+
+namespace {
 
 inline std::uint32_t LoadU32(unsigned char const* p)
 {
@@ -49,11 +56,15 @@ inline unsigned char const* PixelAt(unsigned char const* base, int x, int y, int
     return base + static_cast<std::ptrdiff_t>(y) * pitch + static_cast<std::ptrdiff_t>(x) * bpp;
 }
 
+}  // namespace
+
 // True when the byte spans of two areas (rows of rowBytes, pitch apart,
 // starting at the given first-row address) may share memory; keeps the fast
 // paths, which reorder reads and writes, away from overlapping buffers.
 bool AreasOverlap(void const* a, int pitchA, int rowBytesA, int rowsA, void const* b, int pitchB,
                   int rowBytesB, int rowsB);
+
+namespace {
 
 // One blended ARGB pixel: source s over destination d.
 inline std::uint32_t BlendArgb(std::uint32_t d, std::uint32_t s)
@@ -116,6 +127,8 @@ private:
     int pos_ = 0;
 };
 
+}  // namespace
+
 // Straightforward pixel-by-pixel stretches; they define the results of the
 // fast paths and serve buffers that overlap.
 void StretchReference(unsigned char* dst, int dstPitch, int dw, int dh, unsigned char const* src, int srcPitch,
@@ -142,6 +155,8 @@ void TintRow32Scalar(unsigned char* d, unsigned char const* m, int n, std::uint3
 void TintRow32(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha);
 void FillRow32Scalar(unsigned char* d, int n, std::uint32_t color);
 void FillRow32(unsigned char* d, int n, std::uint32_t color);
+
+namespace {
 
 // Rotates a tightly packed w x h image of N-byte units by 90 (clockwise),
 // 180 or 270 degrees: the unit at column c of row r goes to offset
@@ -183,6 +198,8 @@ void RotateUnits(unsigned char const* src, unsigned char* dst, int w, int h, int
         }
     }
 }
+
+}  // namespace
 
 // The same for units of any size, copied byte by byte.
 void RotateBytes(unsigned char const* src, unsigned char* dst, int w, int h, int unit, int degrees);

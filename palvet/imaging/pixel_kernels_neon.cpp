@@ -1,6 +1,7 @@
 // NEON row and block kernels. Built with -mfpu=neon on 32-bit ARM; only
 // called after CpuHasNeon().
 #include <palvet/imaging/pixel_kernels_internal.h>
+#include <palvet/imaging/rotate32_tiles_internal.h>
 
 #if defined(__ARM_NEON) || defined(__ARM_NEON__)
 #include <arm_neon.h>
@@ -42,32 +43,28 @@ inline bool AllEqual(uint8x8_t v, std::uint64_t pattern)
     return vget_lane_u64(vreinterpret_u64_u8(v), 0) == pattern;
 }
 
-inline uint32x4_t Load(unsigned char const* p)
-{
-    return vreinterpretq_u32_u8(vld1q_u8(p));
-}
+struct Neon {
+    using V = uint32x4_t;
 
-inline void Store(unsigned char* p, uint32x4_t v)
-{
-    vst1q_u8(p, vreinterpretq_u8_u32(v));
-}
+    static V Load(unsigned char const* p) { return vreinterpretq_u32_u8(vld1q_u8(p)); }
+    static void Store(unsigned char* p, V v) { vst1q_u8(p, vreinterpretq_u8_u32(v)); }
 
-inline void Transpose4(uint32x4_t& a0, uint32x4_t& a1, uint32x4_t& a2, uint32x4_t& a3)
-{
-    uint32x4x2_t const t01 = vtrnq_u32(a0, a1);
-    uint32x4x2_t const t23 = vtrnq_u32(a2, a3);
-    a0 = vcombine_u32(vget_low_u32(t01.val[0]), vget_low_u32(t23.val[0]));
-    a1 = vcombine_u32(vget_low_u32(t01.val[1]), vget_low_u32(t23.val[1]));
-    a2 = vcombine_u32(vget_high_u32(t01.val[0]), vget_high_u32(t23.val[0]));
-    a3 = vcombine_u32(vget_high_u32(t01.val[1]), vget_high_u32(t23.val[1]));
-}
+    static V Reverse(V v)
+    {
+        V const r = vrev64q_u32(v);
+        return vcombine_u32(vget_high_u32(r), vget_low_u32(r));
+    }
 
-inline void MoveOne(unsigned char const* src, unsigned char* dst, std::ptrdiff_t W, std::ptrdiff_t H,
-                    std::ptrdiff_t r, std::ptrdiff_t c, int degrees)
-{
-    std::ptrdiff_t const to = degrees == 90 ? c * H + (H - 1 - r) : (W - 1 - c) * H + r;
-    StoreU32(dst + to * 4, LoadU32(src + (r * W + c) * 4));
-}
+    static void Transpose4(V& a0, V& a1, V& a2, V& a3)
+    {
+        uint32x4x2_t const t01 = vtrnq_u32(a0, a1);
+        uint32x4x2_t const t23 = vtrnq_u32(a2, a3);
+        a0 = vcombine_u32(vget_low_u32(t01.val[0]), vget_low_u32(t23.val[0]));
+        a1 = vcombine_u32(vget_low_u32(t01.val[1]), vget_low_u32(t23.val[1]));
+        a2 = vcombine_u32(vget_high_u32(t01.val[0]), vget_high_u32(t23.val[0]));
+        a3 = vcombine_u32(vget_high_u32(t01.val[1]), vget_high_u32(t23.val[1]));
+    }
+};
 
 }  // namespace
 
@@ -172,61 +169,7 @@ void FillRow32Neon(unsigned char* d, int n, std::uint32_t color)
 
 void Rotate32Neon(unsigned char const* src, unsigned char* dst, int w, int h, int degrees)
 {
-    if (w < 1 || h < 1)
-        return;
-    std::ptrdiff_t const W = w, H = h;
-    if (degrees == 180) {
-        for (std::ptrdiff_t r = 0; r < H; ++r) {
-            unsigned char const* s = src + r * W * 4;
-            unsigned char* d = dst + ((H - 1 - r) * W + W) * 4;  // one past the row's end
-            std::ptrdiff_t c = 0;
-            for (; c + 4 <= W; c += 4) {
-                uint32x4_t const v = vrev64q_u32(Load(s + c * 4));
-                Store(d - (c + 4) * 4, vcombine_u32(vget_high_u32(v), vget_low_u32(v)));
-            }
-            for (; c < W; ++c)
-                StoreU32(d - (c + 1) * 4, LoadU32(s + c * 4));
-        }
-        return;
-    }
-    if (degrees != 90 && degrees != 270)
-        return;
-
-    std::ptrdiff_t const H4 = H & ~std::ptrdiff_t(3), W4 = W & ~std::ptrdiff_t(3);
-    constexpr std::ptrdiff_t kStrip = 32;
-    for (std::ptrdiff_t cs = 0; cs < W4; cs += kStrip) {
-        std::ptrdiff_t const ce = cs + kStrip < W4 ? cs + kStrip : W4;
-        for (std::ptrdiff_t r = 0; r < H4; r += 4) {
-            unsigned char const* s = src + r * W * 4;
-            for (std::ptrdiff_t c = cs; c < ce; c += 4) {
-                uint32x4_t a0 = Load(s + c * 4);
-                uint32x4_t a1 = Load(s + (W + c) * 4);
-                uint32x4_t a2 = Load(s + (2 * W + c) * 4);
-                uint32x4_t a3 = Load(s + (3 * W + c) * 4);
-                if (degrees == 90) {
-                    Transpose4(a3, a2, a1, a0);
-                    unsigned char* d = dst + (c * H + (H - 4 - r)) * 4;
-                    Store(d, a3);
-                    Store(d + H * 4, a2);
-                    Store(d + 2 * H * 4, a1);
-                    Store(d + 3 * H * 4, a0);
-                } else {
-                    Transpose4(a0, a1, a2, a3);
-                    unsigned char* d = dst + ((W - 1 - c) * H + r) * 4;
-                    Store(d, a0);
-                    Store(d - H * 4, a1);
-                    Store(d - 2 * H * 4, a2);
-                    Store(d - 3 * H * 4, a3);
-                }
-            }
-        }
-    }
-    for (std::ptrdiff_t r = 0; r < H4; ++r)
-        for (std::ptrdiff_t c = W4; c < W; ++c)
-            MoveOne(src, dst, W, H, r, c, degrees);
-    for (std::ptrdiff_t r = H4; r < H; ++r)
-        for (std::ptrdiff_t c = 0; c < W; ++c)
-            MoveOne(src, dst, W, H, r, c, degrees);
+    Rotate32Tiles<Neon>(src, dst, w, h, degrees);
 }
 
 }  // namespace palvet::detail

@@ -1,7 +1,7 @@
 // Conversions that move samples without colour arithmetic: planar and packed
 // 4:2:2, 4:2:2 and 4:2:0 chroma, semi-planar chroma, and RGB bit layouts.
 
-#include <palvet/imaging/color_conversion.h>
+#include <palvet/imaging/yuv_layout_convert.h>
 
 #include <palvet/imaging/color_conversion_internal.h>
 

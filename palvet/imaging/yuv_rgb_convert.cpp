@@ -2,7 +2,7 @@
 // result; a vectorised kernel, when the processor and the tables allow one,
 // converts the leading part of each row and these loops finish it.
 
-#include <palvet/imaging/color_conversion.h>
+#include <palvet/imaging/yuv_rgb_convert.h>
 
 #include <palvet/imaging/color_conversion_internal.h>
 

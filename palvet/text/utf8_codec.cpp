@@ -96,9 +96,9 @@ size_t EncodeUtf8Scalar(wchar_t const* source, size_t len, unsigned char* out, s
 size_t DecodeUtf8(unsigned char const* source, size_t len, wchar_t* out)
 {
 #if defined(__SSE2__)
-    return DecodeUtf8With<Sse2Block>(source, len, out);
+    return UseSse2() ? DecodeUtf8With<Sse2Block>(source, len, out) : DecodeUtf8Scalar(source, len, out);
 #elif defined(__arm__) || defined(__aarch64__)
-    return CpuHasNeon() ? DecodeUtf8Neon(source, len, out) : DecodeUtf8Scalar(source, len, out);
+    return UseNeon() ? DecodeUtf8Neon(source, len, out) : DecodeUtf8Scalar(source, len, out);
 #else
     return DecodeUtf8Scalar(source, len, out);
 #endif
@@ -107,9 +107,10 @@ size_t DecodeUtf8(unsigned char const* source, size_t len, wchar_t* out)
 size_t EncodeUtf8(wchar_t const* source, size_t len, unsigned char* out, size_t size)
 {
 #if defined(__SSE2__)
-    return EncodeUtf8With<Sse2Block>(source, len, out, size);
+    return UseSse2() ? EncodeUtf8With<Sse2Block>(source, len, out, size)
+                     : EncodeUtf8Scalar(source, len, out, size);
 #elif defined(__arm__) || defined(__aarch64__)
-    return CpuHasNeon() ? EncodeUtf8Neon(source, len, out, size) : EncodeUtf8Scalar(source, len, out, size);
+    return UseNeon() ? EncodeUtf8Neon(source, len, out, size) : EncodeUtf8Scalar(source, len, out, size);
 #else
     return EncodeUtf8Scalar(source, len, out, size);
 #endif

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 #include <string>
 #include <unistd.h>
 
@@ -11,17 +12,19 @@
 namespace {
 
 // c: CombinePathName(a, b), p: GetFileParentDir(a), s: GetFileShortName(a),
-// e: SetFileExtName(a, b).
+// e: SetFileExtName(a, b). Each writes into a heap array of exactly the room
+// its contract asks for, so the address checker sees any write beyond it.
 std::string Apply(char op, char const* a, char const* b = "")
 {
-    static char out[1100];
+    size_t const room = op == 'c' ? 1025 : 1024;
+    std::unique_ptr<char[]> out(new char[room]);
     switch (op) {
-    case 'c': CombinePathName(out, a, b); break;
-    case 'p': GetFileParentDir(out, a); break;
-    case 's': GetFileShortName(out, a); break;
-    default: strcpy(out, a); SetFileExtName(out, b);
+    case 'c': CombinePathName(out.get(), a, b); break;
+    case 'p': GetFileParentDir(out.get(), a); break;
+    case 's': GetFileShortName(out.get(), a); break;
+    default: strcpy(out.get(), a); SetFileExtName(out.get(), b);
     }
-    return out;
+    return out.get();
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <set>
 #include <utility>
 
@@ -60,7 +61,7 @@ TEST(Drawing, BlendsClippedAreas)
 }
 
 // The whole-buffer stretch tests below take their expectations from
-// ExpectedSteps; pin it to known sequences first.
+// ExpectedSteps; pin it, and the library, to known sequences first.
 TEST(Drawing, StretchStepsThroughSourceColumnsAndRows)
 {
     EXPECT_EQ(ExpectedSteps(2, 4), std::vector<int>({0, 0, 1, 1}));
@@ -69,10 +70,54 @@ TEST(Drawing, StretchStepsThroughSourceColumnsAndRows)
     EXPECT_EQ(ExpectedSteps(8, 2), std::vector<int>({0, 2}));
     EXPECT_EQ(ExpectedSteps(5, 3), std::vector<int>({0, 1, 3}));
     EXPECT_EQ(ExpectedSteps(10, 4), std::vector<int>({0, 2, 4, 7}));
+    // The library itself on the same literal sequences, along rows and down
+    // columns, for 1- and 4-byte pixels (separate loops).
+    struct Case { int from, onto; std::vector<int> reads; };
+    Case const cases[] = {{2, 4, {0, 0, 1, 1}}, {3, 5, {0, 0, 1, 2, 2}}, {4, 2, {0, 1}},
+                          {8, 2, {0, 2}},       {5, 3, {0, 1, 3}},       {10, 4, {0, 2, 4, 7}}};
+    for (Case const& c : cases) {
+        for (int bpp : {1, 4}) {
+            Bytes src(c.from * bpp);
+            for (int i = 0; i < c.from; ++i)
+                src[i * bpp] = static_cast<unsigned char>(10 + i);
+            Bytes row(c.onto * bpp), column(c.onto * bpp);
+            tagRECT const sr = {0, 0, c.from, 1}, dr = {0, 0, c.onto, 1};
+            tagRECT const sc = {0, 0, 1, c.from}, dc = {0, 0, 1, c.onto};
+            StretchBufferOnBuffer(row.data(), dr, c.onto * bpp, src.data(), sr, c.from * bpp, bpp);
+            StretchBufferOnBuffer(column.data(), dc, bpp, src.data(), sc, bpp, bpp);
+            for (int i = 0; i < c.onto; ++i) {
+                EXPECT_EQ(row[i * bpp], 10 + c.reads[i]) << c.from << " onto " << c.onto << " bpp " << bpp;
+                EXPECT_EQ(column[i * bpp], 10 + c.reads[i]) << c.from << " onto " << c.onto << " bpp " << bpp;
+            }
+        }
+    }
     // The stepping never reads past the source.
     for (int s = 1; s < 120; ++s)
         for (int d = 1; d < 120; ++d)
             ASSERT_LT(ExpectedSteps(s, d).back(), s) << s << " onto " << d;
+}
+
+// Blends worked out by hand from the formula, so that one wrong formula in
+// both the library and the test's oracle cannot pass.
+TEST(Drawing, BlendsKnownPixels)
+{
+    std::uint32_t const cases[][3] = {
+        // destination, source, result
+        {0x80FF0000, 0x800000FF, 0xC05500AA},  // a = 64, outA = 192: 255 * 128 / 192 = 170
+        {0xFF102030, 0x40F0E0D0, 0xFF485058},  // outA = 255: +56, +48, +40
+        {0x01FFFFFF, 0x01000000, 0x02808080},  // -127.5 truncates toward zero
+        {0x00123456, 0x7F654321, 0x7F654321},  // transparent destination: source whole
+        {0x7F654321, 0x00123456, 0x7F654321},  // transparent source: destination kept
+    };
+    for (auto const& c : cases) {
+        Bytes dst(4), src(4);
+        PutWord(dst, 0, c[0]);
+        PutWord(src, 0, c[1]);
+        tagRECT const one = {0, 0, 1, 1};
+        AlphaDrawBufferOnBuffer_ARGB(dst.data(), one, 4, src.data(), one, 4);
+        EXPECT_EQ(Word(dst, 0), c[2]) << std::hex << c[0] << " " << c[1];
+        EXPECT_EQ(ExpectedBlend(c[0], c[1]), c[2]);
+    }
 }
 
 Bytes ExpectedStretch(Bytes dst, int dp, tagRECT const& dr, Bytes const& src, int sp, tagRECT const& sr, int bpp,

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <cmath>
 #include <string>
 
 namespace {
@@ -30,6 +32,9 @@ TEST(Geometry, BuildsMovesAndScalesRectangles)
     EXPECT_TRUE(Is(*ScaleRect(&rc, 0.5f, 0.5f), 1, 1, 2, 2));
     rc = {-3, -5, 7, 9};
     EXPECT_TRUE(Is(*ScaleRect(&rc, 0.5f, 1.5f), -1, -7, 3, 13));  // truncation toward zero
+    // Products beyond the int range saturate; NaN gives 0.
+    rc = {-3, -5, 7, 9};
+    EXPECT_TRUE(Is(*ScaleRect(&rc, 1e30f, std::nanf("")), INT_MIN, 0, INT_MAX, 0));
 }
 
 TEST(Geometry, EmptinessUnionIntersectionAndContainment)
@@ -74,6 +79,19 @@ TEST(Geometry, PointInPolygon)
     EXPECT_EQ(IsPointInPolySides(5, 5, tri, 3), 0);  // on the slanted edge
     EXPECT_EQ(IsPointInPolySides(6, 5, tri, 3), -1);
     EXPECT_EQ(IsPointInPolySides(2, 3, tri, 3), 1);
+    // Corner-to-corner edges: the crossing product needs all of 64 bits
+    // unsigned, so a signed 64-bit product misplaces these points.
+    // Corner-to-corner edges, walked both ways: the crossing product needs
+    // all 64 bits unsigned, so a signed 64-bit product misplaces points.
+    tagPOINT big[2][3] = {{{INT_MIN, INT_MIN}, {INT_MAX, INT_MAX}, {INT_MIN, INT_MAX}},
+                          {{INT_MIN, INT_MIN}, {INT_MIN, INT_MAX}, {INT_MAX, INT_MAX}}};
+    int const onBig[][3] = {{INT_MAX - 1, INT_MAX - 1, 0}, {INT_MIN + 1, INT_MAX - 1, 1},
+                            {INT_MAX, INT_MAX - 1, -1},    {INT_MIN + 1, INT_MIN + 1, 0},
+                            {INT_MIN + 1, INT_MIN + 2, 1}, {INT_MIN + 3, INT_MIN + 2, -1},
+                            {0, 1, 1},                     {1, 0, -1}};
+    for (auto& poly : big)
+        for (auto const& p : onBig)
+            EXPECT_EQ(IsPointInPolySides(p[0], p[1], poly, 3), p[2]) << p[0] << "," << p[1];
 }
 
 TEST(Geometry, ParsesRectangleText)
@@ -93,6 +111,13 @@ TEST(Geometry, ParsesRectangleText)
     EXPECT_EQ(ParserRectFromString(nullptr, &rc), 0);
     EXPECT_TRUE(Is(rc, 1, 2, 3, 4));
     EXPECT_EQ(ParserRectFromString("1,2,3,4", nullptr), 0);
+    // Far edges beyond the int range wrap as 32-bit two's complement.
+    EXPECT_EQ(ParserRectFromString("2147483647,0,1,1", &rc), 1);
+    EXPECT_TRUE(Is(rc, INT_MAX, 0, INT_MIN, 1));
+    EXPECT_EQ(ParserRectFromString("-2147483648,-9,-1,99999999999", &rc), 1);
+    EXPECT_TRUE(Is(rc, INT_MIN, -9, INT_MAX, INT_MAX - 9));
+    EXPECT_EQ(ParserRectFromString("-99999999999,0,-1,0", &rc), 1);  // saturates, then wraps
+    EXPECT_TRUE(Is(rc, INT_MIN, 0, INT_MAX, 0));
 }
 
 TEST(Geometry, PlacesSourceByMode)

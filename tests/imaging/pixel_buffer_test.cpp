@@ -1,4 +1,4 @@
-#include <palvet/imaging/drawing.h>
+#include <palvet/imaging/pixel_buffer.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <palvet/imaging/drawing.h>
+#include <palvet/imaging/rotation.h>
 
 #include <gtest/gtest.h>
 
