@@ -23,7 +23,10 @@ void ConvertGB2312ToUTF8_File(char const* src, char const* dest)
         return;
     }
     unsigned int inSize = static_cast<unsigned int>(size);
-    unsigned char* output = new (std::nothrow) unsigned char[inSize * 4u];
+    // Zeroed: under iconv the size written is the capacity left unused, so
+    // bytes past the converted text reach the file, and they must not carry
+    // old heap contents.
+    unsigned char* output = new (std::nothrow) unsigned char[inSize * 4u]();
     if (output == nullptr) {
         ReleaseFileData(data);
         return;
