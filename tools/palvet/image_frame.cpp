@@ -77,40 +77,29 @@ std::vector<unsigned char> ToBgr(Frame const& f, int pitch)
     return bgr;
 }
 
-// 5-6-5 words into ARGB. Done here rather than through the library's 16-to-24
-// bit conversion, which keeps an old quirk (blue written into both outer
-// bytes) that would discolour the picture.
-void From565(Frame& f, unsigned char const* src, int pitch)
+// 16-bit words into ARGB: 5-6-5 (green six bits) or 5-5-5. Done here
+// rather than through the library's 16-to-24 bit conversion, which keeps an
+// old quirk (blue written into both outer bytes) that would discolour the
+// picture.
+void From16(Frame& f, unsigned char const* src, int pitch, int greenBits)
 {
+    unsigned greenMask = (1u << greenBits) - 1;
     for (int y = 0; y < f.height; ++y) {
         unsigned char const* s = src + static_cast<size_t>(y) * pitch;
         unsigned char* d = f.argb.data() + static_cast<size_t>(y) * f.Pitch();
         for (int x = 0; x < f.width; ++x) {
             unsigned v = s[2 * x] | s[2 * x + 1] << 8;
-            unsigned r = v >> 11 & 31, g = v >> 5 & 63, b = v & 31;
+            unsigned r = v >> (5 + greenBits) & 31, g = v >> 5 & greenMask, b = v & 31;
             d[4 * x] = static_cast<unsigned char>(b << 3 | b >> 2);
-            d[4 * x + 1] = static_cast<unsigned char>(g << 2 | g >> 4);
+            d[4 * x + 1] = static_cast<unsigned char>(g << (8 - greenBits) | g >> (2 * greenBits - 8));
             d[4 * x + 2] = static_cast<unsigned char>(r << 3 | r >> 2);
             d[4 * x + 3] = 255;
         }
     }
 }
 
-void From555(Frame& f, unsigned char const* src, int pitch)
-{
-    for (int y = 0; y < f.height; ++y) {
-        unsigned char const* s = src + static_cast<size_t>(y) * pitch;
-        unsigned char* d = f.argb.data() + static_cast<size_t>(y) * f.Pitch();
-        for (int x = 0; x < f.width; ++x) {
-            unsigned v = s[2 * x] | s[2 * x + 1] << 8;
-            unsigned r = v >> 10 & 31, g = v >> 5 & 31, b = v & 31;
-            d[4 * x] = static_cast<unsigned char>(b << 3 | b >> 2);
-            d[4 * x + 1] = static_cast<unsigned char>(g << 3 | g >> 2);
-            d[4 * x + 2] = static_cast<unsigned char>(r << 3 | r >> 2);
-            d[4 * x + 3] = 255;
-        }
-    }
-}
+void From565(Frame& f, unsigned char const* src, int pitch) { From16(f, src, pitch, 6); }
+void From555(Frame& f, unsigned char const* src, int pitch) { From16(f, src, pitch, 5); }
 
 unsigned Le32(unsigned char const* p) { return p[0] | p[1] << 8 | p[2] << 16 | static_cast<unsigned>(p[3]) << 24; }
 
