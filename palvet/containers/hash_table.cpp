@@ -2,12 +2,62 @@
 
 #include <palvet/containers/crc.h>
 
+#include "ring_search_internal.h"
+
 #include <climits>
 #include <cstdint>
 #include <cstring>
 #include <new>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#define PALVET_HOT_INLINE inline __attribute__((always_inline))
+
+namespace palvet::detail {
+
+// The hash tables run their buckets' find machinery on storage they lay
+// out themselves, so they reach the array's fields directly.
+struct PtrArrayAccess {
+    static void const**& Data(CPtrArrayCtrl& a) { return a.m_data; }
+    static int& Count(CPtrArrayCtrl& a) { return a.m_count; }
+    static int& Capacity(CPtrArrayCtrl& a) { return a.m_capacity; }
+    static int& Cursor(CPtrArrayCtrl& a) { return a.m_curPos; }
+    static FindState Find(CPtrArrayCtrl const& a) { return {a.m_findStart, a.m_findBackward, a.m_findForward}; }
+    // As SetFindData, for indexes known to be positions.
+    static void RecordFindInRange(CPtrArrayCtrl& a, int start, int backward, int forward)
+    {
+        // Repeated lookups leave the state as it was; not writing it spares
+        // the store buffer.
+        if (a.m_findStart != start || a.m_findBackward != backward || a.m_findForward != forward) {
+            a.m_findStart = start;
+            a.m_findBackward = backward;
+            a.m_findForward = forward;
+        }
+    }
+    // As SetFindData.
+    static void RecordFind(CPtrArrayCtrl& a, int start, int backward, int forward)
+    {
+        a.m_findStart = ClampFindIndex(start, a.m_count);
+        a.m_findBackward = ClampFindIndex(backward, a.m_count);
+        a.m_findForward = ClampFindIndex(forward, a.m_count);
+    }
+    static void CopyState(CPtrArrayCtrl& to, CPtrArrayCtrl const& from)
+    {
+        to.m_count = from.m_count;
+        to.m_curPos = from.m_curPos;
+        to.m_findStart = from.m_findStart;
+        to.m_findBackward = from.m_findBackward;
+        to.m_findForward = from.m_findForward;
+    }
+};
+
+}  // namespace palvet::detail
+
 namespace {
+
+using palvet::detail::PtrArrayAccess;
 
 struct IntEntry {
     int key;
@@ -26,24 +76,6 @@ struct CrcEntry {
     CrcKey key;
     void const* data;
 };
-
-void FreeIntEntry(void* entry)
-{
-    delete static_cast<IntEntry*>(entry);
-}
-
-void FreeCrcEntry(void* entry)
-{
-    auto* e = static_cast<CrcEntry*>(entry);
-    delete[] e->key.bytes;
-    delete e;
-}
-
-template <typename Entry>
-void* DataOf(void* entry)
-{
-    return const_cast<void*>(static_cast<Entry*>(entry)->data);
-}
 
 void const* IntKeyArg(int key)
 {
@@ -71,9 +103,312 @@ CrcKey MakeProbe(void const* key, int length)
     return {bytes, length, CCRC::CalculateDigest(bytes, static_cast<unsigned int>(length))};
 }
 
-// The bucket table and the operations both kinds share. Buckets hold entry
-// pointers; free_entry releases one entry.
+bool SameKey(CrcKey const& a, CrcKey const& b)
+{
+    if (a.length != b.length || a.digest != b.digest)
+        return false;
+    return a.length <= 0 || memcmp(a.bytes, b.bytes, static_cast<size_t>(a.length)) == 0;
+}
+
+struct IntTraits {
+    using Entry = IntEntry;
+    using Key = int;
+    static bool Matches(IntEntry const& e, int key) { return e.key == key; }
+    // The key itself: equal tags are equal keys.
+    static constexpr bool kTagDecides = true;
+    static std::uint32_t Tag(IntEntry const& e) { return static_cast<std::uint32_t>(e.key); }
+    static std::uint32_t Tag(int key) { return static_cast<std::uint32_t>(key); }
+    static void Release(IntEntry&) {}
+    static void const* Callback(int key) { return IntKeyArg(key); }
+    static constexpr int (*kFind)(void const*, void const*) = HashFind;
+};
+
+struct CrcTraits {
+    using Entry = CrcEntry;
+    using Key = CrcKey;
+    static bool Matches(CrcEntry const& e, CrcKey const& key) { return SameKey(e.key, key); }
+    static constexpr bool kTagDecides = false;
+    static std::uint32_t Tag(CrcEntry const& e) { return e.key.digest; }
+    static std::uint32_t Tag(CrcKey const& key) { return key.digest; }
+    static void Release(CrcEntry& e) { delete[] e.key.bytes; }
+    static void const* Callback(CrcKey const& key) { return &key; }
+    static constexpr int (*kFind)(void const*, void const*) = CRCHashFind;
+};
+
+// A bucket is a CPtrArrayCtrl whose entry records and pointer slots share
+// one block with it, behind a packed copy of each entry's key (or digest):
+// [array][tags][record 0 .. capacity-1][slot 0 .. capacity-1], slot i
+// always pointing at record i and tag i belonging to it. A lookup compares
+// the packed tags a vector at a time, in one dependent step from the table
+// slot, where separately allocated array storage and records cost a cache
+// miss each; the result is the one the array's find machinery gives. Blocks
+// grow by doubling and move as a whole; only the table's slot refers to
+// them. The array's own storage management never runs on a block: every
+// change goes through here, with the array's semantics (positions, current
+// position, find state).
+template <class Traits>
+struct Bucket {
+    using Entry = typename Traits::Entry;
+    using Key = typename Traits::Key;
+
+    static constexpr size_t kTagsAt = sizeof(CPtrArrayCtrl);
+    static constexpr int kTagGroup = 8;  // tags compared per step
+    static_assert(kTagsAt % alignof(std::uint32_t) == 0, "tags follow the array");
+    static_assert(sizeof(Entry) % alignof(void const*) == 0, "slots follow the records");
+
+    // Tag slots, whole groups so that every step reads inside the block.
+    static int TagSlots(int capacity) { return (capacity + kTagGroup - 1) & -kTagGroup; }
+
+    static_assert(kTagGroup * sizeof(std::uint32_t) % alignof(Entry) == 0 && kTagsAt % alignof(Entry) == 0,
+                  "records follow the tags without padding");
+    static size_t RecordsAt(int capacity)
+    {
+        return kTagsAt + static_cast<size_t>(static_cast<unsigned>(TagSlots(capacity))) * sizeof(std::uint32_t);
+    }
+
+    static size_t Bytes(int capacity)
+    {
+        return RecordsAt(capacity) + static_cast<size_t>(capacity) * (sizeof(Entry) + sizeof(void const*));
+    }
+
+    static std::uint32_t* Tags(CPtrArrayCtrl* a)
+    {
+        return reinterpret_cast<std::uint32_t*>(reinterpret_cast<char*>(a) + kTagsAt);
+    }
+
+    static Entry* Records(CPtrArrayCtrl* a)
+    {
+        return reinterpret_cast<Entry*>(reinterpret_cast<char*>(a) + RecordsAt(PtrArrayAccess::Capacity(*a)));
+    }
+
+    static constexpr int kMaxCapacity = 1 << 26;
+
+    static CPtrArrayCtrl* Create(int capacity)
+    {
+        void* const block = ::operator new(Bytes(capacity), std::nothrow);
+        if (block == nullptr)
+            return nullptr;
+        auto* const a = new (block) CPtrArrayCtrl;
+        PtrArrayAccess::Data(*a) =
+            reinterpret_cast<void const**>(static_cast<char*>(block) + RecordsAt(capacity) +
+                                           static_cast<size_t>(capacity) * sizeof(Entry));
+        PtrArrayAccess::Capacity(*a) = capacity;
+        // Tags past the count are read and masked off; keep them defined.
+        memset(Tags(a), 0, static_cast<size_t>(TagSlots(capacity)) * sizeof(std::uint32_t));
+        return a;
+    }
+
+    // Frees the block; the records' own resources must be released first.
+    static void Free(CPtrArrayCtrl* a)
+    {
+        PtrArrayAccess::Data(*a) = nullptr;  // not the array's to delete
+        a->~CPtrArrayCtrl();
+        ::operator delete(a);
+    }
+
+    // A block of twice the capacity with the same entries and state; null
+    // (and a left intact) when memory ran out.
+    static CPtrArrayCtrl* Grow(CPtrArrayCtrl* a)
+    {
+        int const capacity = PtrArrayAccess::Capacity(*a);
+        if (capacity >= kMaxCapacity)
+            return nullptr;
+        CPtrArrayCtrl* const b = Create(capacity * 2);
+        if (b == nullptr)
+            return nullptr;
+        PtrArrayAccess::CopyState(*b, *a);
+        int const n = PtrArrayAccess::Count(*a);
+        memcpy(Tags(b), Tags(a), static_cast<size_t>(n) * sizeof(std::uint32_t));
+        Entry* const to = Records(b);
+        memcpy(static_cast<void*>(to), Records(a), static_cast<size_t>(n) * sizeof(Entry));
+        void const** const slots = PtrArrayAccess::Data(*b);
+        for (int i = 0; i < n; ++i)
+            slots[i] = to + i;
+        PtrArrayAccess::Count(*a) = 0;
+        Free(a);
+        return b;
+    }
+
+    // Appends to the bucket in slot (creating it); the entry's index, or -1
+    // when memory ran out.
+    static int Append(CPtrArrayCtrl*& slot, Entry const& e)
+    {
+        if (slot == nullptr) {
+            slot = Create(1);
+            if (slot == nullptr)
+                return -1;
+        }
+        int const n = PtrArrayAccess::Count(*slot);
+        if (n == PtrArrayAccess::Capacity(*slot)) {
+            CPtrArrayCtrl* const grown = Grow(slot);
+            if (grown == nullptr)
+                return -1;
+            slot = grown;
+        }
+        Tags(slot)[n] = Traits::Tag(e);
+        Entry* const r = Records(slot) + n;
+        *r = e;
+        PtrArrayAccess::Data(*slot)[n] = r;
+        PtrArrayAccess::Count(*slot) = n + 1;
+        PtrArrayAccess::Cursor(*slot) = n;  // as AddData
+        return n;
+    }
+
+    // Bit j set where tag j of the group at tags equals tag.
+    static unsigned GroupMask(std::uint32_t const* tags, std::uint32_t tag)
+    {
+#if defined(__SSE2__)
+        __m128i const t = _mm_set1_epi32(static_cast<int>(tag));
+        __m128i const lo = _mm_cmpeq_epi32(_mm_loadu_si128(reinterpret_cast<__m128i const*>(tags)), t);
+        __m128i const hi = _mm_cmpeq_epi32(_mm_loadu_si128(reinterpret_cast<__m128i const*>(tags + 4)), t);
+        return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(lo))) |
+               static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(hi))) << 4;
+#else
+        unsigned bits = 0;
+        for (int j = 0; j < kTagGroup; ++j)
+            bits |= static_cast<unsigned>(tags[j] == tag) << j;
+        return bits;
+#endif
+    }
+
+    // Bit j set where entry j (j < n <= 64) has the key.
+    PALVET_HOT_INLINE static std::uint64_t MatchMask(CPtrArrayCtrl* a, int n, Key const& key)
+    {
+        std::uint32_t const* const tags = Tags(a);
+        std::uint32_t const tag = Traits::Tag(key);
+        std::uint64_t m = 0;
+        for (int g = 0; g < n; g += kTagGroup)
+            m |= static_cast<std::uint64_t>(GroupMask(tags + g, tag)) << g;
+        if (n < 64)
+            m &= (std::uint64_t{1} << n) - 1;
+        if (!Traits::kTagDecides) {
+            Entry const* const records = Records(a);
+            for (std::uint64_t rest = m; rest != 0; rest &= rest - 1) {
+                int const j = __builtin_ctzll(rest);
+                if (!Traits::Matches(records[j], key))
+                    m &= ~(std::uint64_t{1} << j);
+            }
+        }
+        return m;
+    }
+
+    // FindFirst for buckets of up to 64 entries: all matches at once as a
+    // bit mask, then the one the outward search would meet first, with the
+    // find state it would leave. Forward probe i (from the cursor c) comes
+    // before backward probe i, so the nearer direction wins and forward wins
+    // ties. Kept free of branches where it can be: a table lookup is bound
+    // by how many lookups overlap their cache misses, and that falls with
+    // every instruction. r has bit i for position c + i (mod n): forward
+    // distance i, backward distance n - i.
+    PALVET_HOT_INLINE static int FindFirstMasked(CPtrArrayCtrl* a, int n, int c, Key const& key)
+    {
+        std::uint64_t const m = MatchMask(a, n, key);
+        std::uint64_t const all = n == 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << n) - 1;
+        std::uint64_t const r = c == 0 ? m : ((m >> c) | (m << (n - c))) & all;
+        if (r == 0) {
+            int const last = (n + 2) / 2 - 1;  // the final probe distance
+            int b = c - last, f = c + last;
+            b += b < 0 ? n : 0;
+            f -= f >= n ? n : 0;
+            PtrArrayAccess::RecordFindInRange(*a, c, b, f);
+            return -1;
+        }
+        int const fwd = __builtin_ctzll(r);
+        std::uint64_t const rb = r & ~std::uint64_t{1};
+        int const back = rb != 0 ? n - (63 - __builtin_clzll(rb)) : n;
+        bool const forward = fwd <= back;
+        int f = c + (forward ? fwd : back);
+        f -= f >= n ? n : 0;
+        int b = c - (forward ? (fwd > 0 ? fwd - 1 : 0) : back);
+        b += b < 0 ? n : 0;
+        PtrArrayAccess::RecordFindInRange(*a, c, b, f);
+        return forward ? f : b;
+    }
+
+    // As RemoveAt, for the tags.
+    static void RemoveTag(CPtrArrayCtrl* a, int pos, int n)
+    {
+        std::uint32_t* const tags = Tags(a);
+        memmove(tags + pos, tags + pos + 1, static_cast<size_t>(n - pos - 1) * sizeof(std::uint32_t));
+    }
+
+    // FindFirst / FindNext with the key test inlined; the position found, or -1.
+    PALVET_HOT_INLINE static int Find(CPtrArrayCtrl* a, Key const& key, bool first)
+    {
+        int const n = PtrArrayAccess::Count(*a);
+        if (first && n >= 1 && n <= 64) {
+            int& cursor = PtrArrayAccess::Cursor(*a);
+            if (static_cast<unsigned>(cursor) >= static_cast<unsigned>(n))
+                cursor = 0;
+            if (Traits::kTagDecides) {
+                // The first two probes, the cursor and the one after it, on
+                // their own: they serve repeated lookups of one key and
+                // lookups in insertion order, and every instruction saved
+                // lets more lookups overlap their cache misses.
+                int const c = cursor;
+                std::uint32_t const* const tags = Tags(a);
+                std::uint32_t const tag = Traits::Tag(key);
+                if (tags[c] == tag) {
+                    PtrArrayAccess::RecordFindInRange(*a, c, c, c);
+                    return c;
+                }
+                int const next = c + 1 == n ? 0 : c + 1;
+                if (n >= 2 && tags[next] == tag) {
+                    PtrArrayAccess::RecordFindInRange(*a, c, c, next);
+                    return next;
+                }
+            }
+            return FindFirstMasked(a, n, cursor, key);
+        }
+        Entry const* const records = Records(a);
+        auto const matches = [&](int i) { return Traits::Matches(records[i], key); };
+        auto const record = [a](int s, int b, int f) { PtrArrayAccess::RecordFind(*a, s, b, f); };
+        return first ? palvet::detail::CollectionFindFirst(n, PtrArrayAccess::Cursor(*a), matches, record)
+                     : palvet::detail::RingFindNext(n, PtrArrayAccess::Find(*a), matches, record);
+    }
+
+    // The record at pos, made current as GetAt does.
+    static Entry& At(CPtrArrayCtrl* a, int pos)
+    {
+        int& cursor = PtrArrayAccess::Cursor(*a);
+        if (cursor != pos)
+            cursor = pos;
+        return Records(a)[pos];
+    }
+
+    // As DeleteAt(pos, 1): later entries close up and pos becomes current.
+    // The record goes with its slot; the caller releases it first.
+    static void RemoveAt(CPtrArrayCtrl* a, int pos)
+    {
+        int const n = PtrArrayAccess::Count(*a);
+        RemoveTag(a, pos, n);
+        Entry* const records = Records(a);
+        memmove(static_cast<void*>(records + pos), records + pos + 1,
+                static_cast<size_t>(n - pos - 1) * sizeof(Entry));
+        PtrArrayAccess::Count(*a) = n - 1;
+        PtrArrayAccess::Cursor(*a) = pos;
+    }
+
+    // Releases every record and the bucket; the number of entries it held.
+    static int Destroy(CPtrArrayCtrl* a)
+    {
+        int const n = PtrArrayAccess::Count(*a);
+        Entry* const records = Records(a);
+        for (int i = 0; i < n; ++i)
+            Traits::Release(records[i]);
+        PtrArrayAccess::Count(*a) = 0;
+        Free(a);
+        return n;
+    }
+};
+
+// The bucket table and the operations both kinds share.
+template <class Traits>
 struct Buckets {
+    using B = Bucket<Traits>;
+    using Entry = typename Traits::Entry;
+    using Key = typename Traits::Key;
+
     CPtrArrayCtrl**& slots;
     int count;
 
@@ -84,27 +419,22 @@ struct Buckets {
         return Usable() && index >= 0 && index < count ? slots[index] : nullptr;
     }
 
-    // Frees every entry of one bucket and the bucket itself; returns how
-    // many entries there were.
-    int Destroy(int index, void (*free_entry)(void*)) const
+    // Frees one bucket and its entries and clears its slot; how many
+    // entries there were.
+    int Destroy(int index) const
     {
-        CPtrArrayCtrl* const bucket = slots[index];
-        int const n = bucket->GetCount();
-        for (int i = 0; i < n; ++i)
-            free_entry(bucket->GetAt(i));
-        bucket->DeleteAll();
-        delete bucket;
+        int const n = B::Destroy(slots[index]);
         slots[index] = nullptr;
         return n;
     }
 
-    void DestroyAll(void (*free_entry)(void*)) const
+    void DestroyAll() const
     {
         if (!Usable())
             return;
         for (int i = 0; i < count; ++i)
             if (slots[i] != nullptr)
-                Destroy(i, free_entry);
+                Destroy(i);
     }
 
     bool Allocate() const
@@ -116,12 +446,50 @@ struct Buckets {
         return slots != nullptr;
     }
 
-    // The slot for a new entry, creating its bucket; null when out of memory.
-    CPtrArrayCtrl* Ensure(int index) const
+    int Add(int index, Entry const& e) const { return B::Append(slots[index], e); }
+
+    Entry* Find(int index, Key const& key, bool first) const
     {
-        if (slots[index] == nullptr)
-            slots[index] = new (std::nothrow) CPtrArrayCtrl;
-        return slots[index];
+        CPtrArrayCtrl* const bucket = At(index);
+        if (bucket == nullptr)
+            return nullptr;
+        int const pos = B::Find(bucket, key, first);
+        return pos >= 0 ? &B::At(bucket, pos) : nullptr;
+    }
+
+    // Finds and removes one entry; its data, or null when none matched.
+    // removed is set to whether an entry went.
+    void* Delete(int index, Key const& key, bool first, bool& removed) const
+    {
+        removed = false;
+        CPtrArrayCtrl* const bucket = At(index);
+        if (bucket == nullptr)
+            return nullptr;
+        int const pos = B::Find(bucket, key, first);
+        if (pos < 0)
+            return nullptr;
+        Entry& e = B::At(bucket, pos);
+        void* const data = const_cast<void*>(e.data);
+        Traits::Release(e);
+        B::RemoveAt(bucket, pos);
+        removed = true;
+        return data;
+    }
+
+    // The matching positions through the array's FindAll, then each entry's
+    // data in ascending order (GetAt leaves the last one current).
+    void Collect(int index, CPtrCtrl* dst, Key const& key) const
+    {
+        CPtrArrayCtrl* const bucket = At(index);
+        if (bucket == nullptr || dst == nullptr)
+            return;
+        CPtrArrayCtrl hits;
+        bucket->FindAll(&hits, Traits::Callback(key), Traits::kFind);
+        int const n = hits.GetCount();
+        for (int i = 0; i < n; ++i) {
+            int const pos = static_cast<int>(reinterpret_cast<intptr_t>(hits.GetAt(i)));
+            dst->AddData(B::At(bucket, pos).data, -1);
+        }
     }
 
     int HeadPosition(tagHASHPOSITION& pos) const
@@ -130,7 +498,7 @@ struct Buckets {
         pos.index = 0;
         for (; pos.bucket < count; ++pos.bucket) {
             CPtrArrayCtrl* const bucket = At(pos.bucket);
-            if (bucket != nullptr && bucket->GetCount() > 0)
+            if (bucket != nullptr && PtrArrayAccess::Count(*bucket) > 0)
                 return 1;
         }
         return 0;
@@ -141,7 +509,7 @@ struct Buckets {
         ++pos.index;
         if (pos.bucket < 0 || pos.bucket >= count || !Usable())
             return 0;
-        while (slots[pos.bucket] == nullptr || pos.index >= slots[pos.bucket]->GetCount()) {
+        while (slots[pos.bucket] == nullptr || pos.index >= PtrArrayAccess::Count(*slots[pos.bucket])) {
             ++pos.bucket;
             pos.index = 0;
             if (pos.bucket >= count)
@@ -153,52 +521,17 @@ struct Buckets {
     int Available(tagHASHPOSITION pos) const
     {
         CPtrArrayCtrl* const bucket = At(pos.bucket);
-        return bucket != nullptr && bucket->IsDataAvailable(pos.index) ? 1 : 0;
+        return bucket != nullptr && pos.index >= 0 && pos.index < PtrArrayAccess::Count(*bucket) ? 1 : 0;
+    }
+
+    void* DataAt(tagHASHPOSITION pos) const
+    {
+        return Available(pos) ? const_cast<void*>(B::At(At(pos.bucket), pos.index).data) : nullptr;
     }
 };
 
-// Lookups inside one bucket, through the array's own outward search.
-void* FindIn(CPtrArrayCtrl* bucket, void const* key, int (*match)(void const*, void const*), bool first,
-             void* (*data_of)(void*))
-{
-    if (bucket == nullptr)
-        return nullptr;
-    int const pos = first ? bucket->FindFirst(key, match) : bucket->FindNext(key, match);
-    return pos >= 0 ? data_of(bucket->GetAt(pos)) : nullptr;
-}
-
-// Finds, frees and removes one entry; returns its data, or null when none
-// matched. removed is set to whether an entry went.
-void* DeleteIn(CPtrArrayCtrl* bucket, void const* key, int (*match)(void const*, void const*), bool first,
-               void* (*data_of)(void*), void (*free_entry)(void*), bool& removed)
-{
-    removed = false;
-    if (bucket == nullptr)
-        return nullptr;
-    int const pos = first ? bucket->FindFirst(key, match) : bucket->FindNext(key, match);
-    if (pos < 0)
-        return nullptr;
-    void* const entry = bucket->GetAt(pos);
-    void* const data = data_of(entry);
-    free_entry(entry);
-    bucket->DeleteAt(pos, 1);
-    removed = true;
-    return data;
-}
-
-void CollectIn(CPtrArrayCtrl* bucket, CPtrCtrl* dst, void const* key, int (*match)(void const*, void const*),
-               void* (*data_of)(void*))
-{
-    if (bucket == nullptr || dst == nullptr)
-        return;
-    CPtrArrayCtrl hits;
-    bucket->FindAll(&hits, key, match);
-    int const n = hits.GetCount();
-    for (int i = 0; i < n; ++i) {
-        int const index = static_cast<int>(reinterpret_cast<intptr_t>(hits.GetAt(i)));
-        dst->AddData(data_of(bucket->GetAt(index)), -1);
-    }
-}
+using IntBuckets = Buckets<IntTraits>;
+using CrcBuckets = Buckets<CrcTraits>;
 
 }  // namespace
 
@@ -213,13 +546,7 @@ int CRCHashFind(void const* entry, void const* probe)
 {
     if (entry == nullptr || probe == nullptr)
         return 0;
-    auto const* a = static_cast<CrcKey const*>(entry);
-    auto const* b = static_cast<CrcKey const*>(probe);
-    if (a->length != b->length || a->digest != b->digest)
-        return 0;
-    if (a->length <= 0)
-        return 1;
-    return memcmp(a->bytes, b->bytes, static_cast<size_t>(a->length)) == 0 ? 1 : 0;
+    return SameKey(*static_cast<CrcKey const*>(entry), *static_cast<CrcKey const*>(probe)) ? 1 : 0;
 }
 
 // ---------------------------------------------------------------------------
@@ -241,85 +568,78 @@ int CHashTable::InitHashTable()
         DeleteAll();
         delete[] m_buckets;
     }
-    return Buckets{m_buckets, m_bucketCount}.Allocate() ? 1 : 0;
+    return IntBuckets{m_buckets, m_bucketCount}.Allocate() ? 1 : 0;
 }
 
 int CHashTable::AddData(int key, void const* data)
 {
-    Buckets const b{m_buckets, m_bucketCount};
+    IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return 0;
-    CPtrArrayCtrl* const bucket = b.Ensure(IntBucket(key, m_bucketCount));
-    if (bucket == nullptr)
+    int const index = b.Add(IntBucket(key, m_bucketCount), IntEntry{key, data});
+    if (index < 0)
         return 0;
-    auto* const entry = new (std::nothrow) IntEntry{key, data};
-    if (entry == nullptr)
-        return 0;
-    int const index = bucket->AddData(entry, -1);
-    if (index < 0) {
-        delete entry;
-        return 0;
-    }
     ++m_count;
     return index;
 }
 
 int CHashTable::SetData(int key, void const* data)
 {
-    Buckets const b{m_buckets, m_bucketCount};
-    CPtrArrayCtrl* const bucket = b.Usable() ? b.At(IntBucket(key, m_bucketCount)) : nullptr;
-    if (bucket == nullptr)
+    IntBuckets const b{m_buckets, m_bucketCount};
+    if (!b.Usable())
         return 0;
-    int const pos = bucket->FindFirst(IntKeyArg(key), HashFind);
-    if (pos < 0)
+    IntEntry* const e = b.Find(IntBucket(key, m_bucketCount), key, true);
+    if (e == nullptr)
         return 0;
-    static_cast<IntEntry*>(bucket->GetAt(pos))->data = data;
+    e->data = data;
     return 1;
 }
 
 void* CHashTable::FindFirstData(int key)
 {
-    Buckets const b{m_buckets, m_bucketCount};
-    if (!b.Usable())
+    if (m_buckets == nullptr || m_bucketCount < 1)
         return nullptr;
-    return FindIn(b.At(IntBucket(key, m_bucketCount)), IntKeyArg(key), HashFind, true, DataOf<IntEntry>);
+    CPtrArrayCtrl* const bucket = m_buckets[IntBucket(key, m_bucketCount)];
+    if (bucket == nullptr)
+        return nullptr;
+    int const pos = Bucket<IntTraits>::Find(bucket, key, true);
+    return pos >= 0 ? const_cast<void*>(Bucket<IntTraits>::At(bucket, pos).data) : nullptr;
 }
 
 void* CHashTable::FindNextData(int key)
 {
-    Buckets const b{m_buckets, m_bucketCount};
+    IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return nullptr;
-    return FindIn(b.At(IntBucket(key, m_bucketCount)), IntKeyArg(key), HashFind, false, DataOf<IntEntry>);
+    IntEntry const* const e = b.Find(IntBucket(key, m_bucketCount), key, false);
+    return e != nullptr ? const_cast<void*>(e->data) : nullptr;
 }
 
 void* CHashTable::DeleteFirstData(int key)
 {
-    Buckets const b{m_buckets, m_bucketCount};
+    IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return nullptr;
     bool removed;
-    void* const data = DeleteIn(b.At(IntBucket(key, m_bucketCount)), IntKeyArg(key), HashFind, true,
-                                DataOf<IntEntry>, FreeIntEntry, removed);
+    void* const data = b.Delete(IntBucket(key, m_bucketCount), key, true, removed);
     m_count -= removed ? 1 : 0;
     return data;
 }
 
 void* CHashTable::DeleteNextData(int key)
 {
-    Buckets const b{m_buckets, m_bucketCount};
+    IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return nullptr;
     bool removed;
-    void* const data = DeleteIn(b.At(IntBucket(key, m_bucketCount)), IntKeyArg(key), HashFind, false,
-                                DataOf<IntEntry>, FreeIntEntry, removed);
+    void* const data = b.Delete(IntBucket(key, m_bucketCount), key, false, removed);
     m_count -= removed ? 1 : 0;
     return data;
 }
 
 void CHashTable::DeleteAllData(int key)
 {
-    Buckets const b{m_buckets, m_bucketCount};
+    IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return;
     int const index = IntBucket(key, m_bucketCount);
@@ -327,20 +647,22 @@ void CHashTable::DeleteAllData(int key)
     // as it was: applications rely on both. The slot is cleared so that no
     // later call reaches the freed bucket.
     if (m_buckets[index] != nullptr)
-        b.Destroy(index, FreeIntEntry);
+        b.Destroy(index);
 }
 
 void CHashTable::DeleteAll()
 {
-    Buckets{m_buckets, m_bucketCount}.DestroyAll(FreeIntEntry);
+    IntBuckets{m_buckets, m_bucketCount}.DestroyAll();
     m_count = 0;
 }
 
 int CHashTable::IsDataAvailable(int key)
 {
-    Buckets const b{m_buckets, m_bucketCount};
-    CPtrArrayCtrl* const bucket = b.Usable() ? b.At(IntBucket(key, m_bucketCount)) : nullptr;
-    return bucket != nullptr && bucket->FindFirst(IntKeyArg(key), HashFind) >= 0 ? 1 : 0;
+    IntBuckets const b{m_buckets, m_bucketCount};
+    if (!b.Usable())
+        return 0;
+    CPtrArrayCtrl* const bucket = b.At(IntBucket(key, m_bucketCount));
+    return bucket != nullptr && Bucket<IntTraits>::Find(bucket, key, true) >= 0 ? 1 : 0;
 }
 
 int CHashTable::GetCount()
@@ -350,31 +672,30 @@ int CHashTable::GetCount()
 
 int CHashTable::GetHeadPosition(tagHASHPOSITION& pos)
 {
-    return Buckets{m_buckets, m_bucketCount}.HeadPosition(pos);
+    return IntBuckets{m_buckets, m_bucketCount}.HeadPosition(pos);
 }
 
 int CHashTable::MoveHashPositionNext(tagHASHPOSITION& pos)
 {
-    return Buckets{m_buckets, m_bucketCount}.MoveNext(pos);
+    return IntBuckets{m_buckets, m_bucketCount}.MoveNext(pos);
 }
 
 int CHashTable::IsDataAvailable(tagHASHPOSITION pos)
 {
-    return Buckets{m_buckets, m_bucketCount}.Available(pos);
+    return IntBuckets{m_buckets, m_bucketCount}.Available(pos);
 }
 
 void* CHashTable::GetDataAt(tagHASHPOSITION pos)
 {
-    Buckets const b{m_buckets, m_bucketCount};
-    return b.Available(pos) ? DataOf<IntEntry>(b.At(pos.bucket)->GetAt(pos.index)) : nullptr;
+    return IntBuckets{m_buckets, m_bucketCount}.DataAt(pos);
 }
 
 void CHashTable::FindAllHashData(CPtrCtrl* dst, int key)
 {
-    Buckets const b{m_buckets, m_bucketCount};
+    IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return;
-    CollectIn(b.At(IntBucket(key, m_bucketCount)), dst, IntKeyArg(key), HashFind, DataOf<IntEntry>);
+    b.Collect(IntBucket(key, m_bucketCount), dst, key);
 }
 
 // ---------------------------------------------------------------------------
@@ -396,117 +717,119 @@ int CCRCHashTable::InitCRCHashTable()
         DeleteAll();
         delete[] m_buckets;
     }
-    return Buckets{m_buckets, m_bucketCount}.Allocate() ? 1 : 0;
+    return CrcBuckets{m_buckets, m_bucketCount}.Allocate() ? 1 : 0;
 }
+
+namespace {
+
+// The bucket index of a byte-string key, or -1 when the table has none;
+// fills probe.
+int CrcIndex(CrcBuckets const& b, void const* key, int length, CrcKey& probe)
+{
+    if (!b.Usable())
+        return -1;
+    probe = MakeProbe(key, length);
+    return static_cast<int>(probe.digest % static_cast<unsigned int>(b.count));
+}
+
+}  // namespace
 
 void CCRCHashTable::AddData(void const* key, int length, void const* data)
 {
-    Buckets const b{m_buckets, m_bucketCount};
-    if (!b.Usable())
+    CrcBuckets const b{m_buckets, m_bucketCount};
+    CrcKey probe{};
+    int const index = CrcIndex(b, key, length, probe);
+    if (index < 0)
         return;
-    CrcKey const probe = MakeProbe(key, length);
-    CPtrArrayCtrl* const bucket = b.Ensure(static_cast<int>(probe.digest % static_cast<unsigned int>(m_bucketCount)));
-    if (bucket == nullptr)
+    CrcEntry entry{{nullptr, probe.length, probe.digest}, data};
+    entry.key.bytes = new (std::nothrow) unsigned char[static_cast<size_t>(probe.length)];
+    if (entry.key.bytes == nullptr)
         return;
-    auto* const entry = new (std::nothrow) CrcEntry{{nullptr, probe.length, probe.digest}, data};
-    if (entry == nullptr)
-        return;
-    entry->key.bytes = new (std::nothrow) unsigned char[static_cast<size_t>(probe.length)];
-    if (entry->key.bytes == nullptr) {
-        delete entry;
-        return;
-    }
     if (probe.length > 0)
-        memcpy(entry->key.bytes, probe.bytes, static_cast<size_t>(probe.length));
-    if (bucket->AddData(entry, -1) < 0) {
-        FreeCrcEntry(entry);
+        memcpy(entry.key.bytes, probe.bytes, static_cast<size_t>(probe.length));
+    if (b.Add(index, entry) < 0) {
+        delete[] entry.key.bytes;
         return;
     }
     ++m_count;
 }
 
-namespace {
-
-// The bucket of a byte-string key, or null when there is none; fills probe.
-CPtrArrayCtrl* CrcBucket(Buckets const& b, void const* key, int length, CrcKey& probe)
-{
-    if (!b.Usable())
-        return nullptr;
-    probe = MakeProbe(key, length);
-    return b.At(static_cast<int>(probe.digest % static_cast<unsigned int>(b.count)));
-}
-
-}  // namespace
-
 int CCRCHashTable::SetData(void const* key, int length, void const* data)
 {
+    CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
-    CPtrArrayCtrl* const bucket = CrcBucket(Buckets{m_buckets, m_bucketCount}, key, length, probe);
-    if (bucket == nullptr)
+    int const index = CrcIndex(b, key, length, probe);
+    CrcEntry* const e = index < 0 ? nullptr : b.Find(index, probe, true);
+    if (e == nullptr)
         return 0;
-    int const pos = bucket->FindFirst(&probe, CRCHashFind);
-    if (pos < 0)
-        return 0;
-    static_cast<CrcEntry*>(bucket->GetAt(pos))->data = data;
+    e->data = data;
     return 1;
 }
 
 void* CCRCHashTable::FindFirstData(void const* key, int length)
 {
+    CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
-    CPtrArrayCtrl* const bucket = CrcBucket(Buckets{m_buckets, m_bucketCount}, key, length, probe);
-    return FindIn(bucket, &probe, CRCHashFind, true, DataOf<CrcEntry>);
+    int const index = CrcIndex(b, key, length, probe);
+    CrcEntry const* const e = index < 0 ? nullptr : b.Find(index, probe, true);
+    return e != nullptr ? const_cast<void*>(e->data) : nullptr;
 }
 
 void* CCRCHashTable::FindNextData(void const* key, int length)
 {
+    CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
-    CPtrArrayCtrl* const bucket = CrcBucket(Buckets{m_buckets, m_bucketCount}, key, length, probe);
-    return FindIn(bucket, &probe, CRCHashFind, false, DataOf<CrcEntry>);
+    int const index = CrcIndex(b, key, length, probe);
+    CrcEntry const* const e = index < 0 ? nullptr : b.Find(index, probe, false);
+    return e != nullptr ? const_cast<void*>(e->data) : nullptr;
 }
 
 void* CCRCHashTable::DeleteFirstData(void const* key, int length)
 {
+    CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
-    CPtrArrayCtrl* const bucket = CrcBucket(Buckets{m_buckets, m_bucketCount}, key, length, probe);
-    bool removed;
-    void* const data = DeleteIn(bucket, &probe, CRCHashFind, true, DataOf<CrcEntry>, FreeCrcEntry, removed);
+    int const index = CrcIndex(b, key, length, probe);
+    bool removed = false;
+    void* const data = index < 0 ? nullptr : b.Delete(index, probe, true, removed);
     m_count -= removed ? 1 : 0;
     return data;
 }
 
 void* CCRCHashTable::DeleteNextData(void const* key, int length)
 {
+    CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
-    CPtrArrayCtrl* const bucket = CrcBucket(Buckets{m_buckets, m_bucketCount}, key, length, probe);
-    bool removed;
-    void* const data = DeleteIn(bucket, &probe, CRCHashFind, false, DataOf<CrcEntry>, FreeCrcEntry, removed);
+    int const index = CrcIndex(b, key, length, probe);
+    bool removed = false;
+    void* const data = index < 0 ? nullptr : b.Delete(index, probe, false, removed);
     m_count -= removed ? 1 : 0;
     return data;
 }
 
 void CCRCHashTable::DeleteAllData(void const* key, int length)
 {
-    Buckets const b{m_buckets, m_bucketCount};
+    CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
-    if (CrcBucket(b, key, length, probe) == nullptr)
-        return;
+    int const index = CrcIndex(b, key, length, probe);
     // Every entry of the bucket goes, whatever its key; unlike CHashTable the
     // count follows. The slot is cleared, as there.
-    m_count -= b.Destroy(static_cast<int>(probe.digest % static_cast<unsigned int>(m_bucketCount)), FreeCrcEntry);
+    if (index >= 0 && m_buckets[index] != nullptr)
+        m_count -= b.Destroy(index);
 }
 
 void CCRCHashTable::DeleteAll()
 {
-    Buckets{m_buckets, m_bucketCount}.DestroyAll(FreeCrcEntry);
+    CrcBuckets{m_buckets, m_bucketCount}.DestroyAll();
     m_count = 0;
 }
 
 int CCRCHashTable::IsDataAvailable(void const* key, int length)
 {
+    CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
-    CPtrArrayCtrl* const bucket = CrcBucket(Buckets{m_buckets, m_bucketCount}, key, length, probe);
-    return bucket != nullptr && bucket->FindFirst(&probe, CRCHashFind) >= 0 ? 1 : 0;
+    int const index = CrcIndex(b, key, length, probe);
+    CPtrArrayCtrl* const bucket = index < 0 ? nullptr : b.At(index);
+    return bucket != nullptr && Bucket<CrcTraits>::Find(bucket, probe, true) >= 0 ? 1 : 0;
 }
 
 int CCRCHashTable::GetCount()
@@ -516,28 +839,29 @@ int CCRCHashTable::GetCount()
 
 int CCRCHashTable::GetHeadPosition(tagHASHPOSITION& pos)
 {
-    return Buckets{m_buckets, m_bucketCount}.HeadPosition(pos);
+    return CrcBuckets{m_buckets, m_bucketCount}.HeadPosition(pos);
 }
 
 int CCRCHashTable::MoveHashPositionNext(tagHASHPOSITION& pos)
 {
-    return Buckets{m_buckets, m_bucketCount}.MoveNext(pos);
+    return CrcBuckets{m_buckets, m_bucketCount}.MoveNext(pos);
 }
 
 int CCRCHashTable::IsDataAvailable(tagHASHPOSITION pos)
 {
-    return Buckets{m_buckets, m_bucketCount}.Available(pos);
+    return CrcBuckets{m_buckets, m_bucketCount}.Available(pos);
 }
 
 void* CCRCHashTable::GetDataAt(tagHASHPOSITION pos)
 {
-    Buckets const b{m_buckets, m_bucketCount};
-    return b.Available(pos) ? DataOf<CrcEntry>(b.At(pos.bucket)->GetAt(pos.index)) : nullptr;
+    return CrcBuckets{m_buckets, m_bucketCount}.DataAt(pos);
 }
 
 void CCRCHashTable::FindAllCRCHashData(CPtrCtrl* dst, void const* key, int length)
 {
+    CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
-    CPtrArrayCtrl* const bucket = CrcBucket(Buckets{m_buckets, m_bucketCount}, key, length, probe);
-    CollectIn(bucket, dst, &probe, CRCHashFind, DataOf<CrcEntry>);
+    int const index = CrcIndex(b, key, length, probe);
+    if (index >= 0)
+        b.Collect(index, dst, probe);
 }

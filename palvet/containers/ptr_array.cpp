@@ -111,10 +111,9 @@ void CPtrArrayCtrl::SetCurPos(int pos)
 
 void CPtrArrayCtrl::SetFindData(int start, int backward, int forward)
 {
-    auto clamp = [this](int v) { return v < -1 || v >= m_count ? -1 : v; };
-    m_findStart = clamp(start);
-    m_findBackward = clamp(backward);
-    m_findForward = clamp(forward);
+    m_findStart = palvet::detail::ClampFindIndex(start, m_count);
+    m_findBackward = palvet::detail::ClampFindIndex(backward, m_count);
+    m_findForward = palvet::detail::ClampFindIndex(forward, m_count);
 }
 
 int CPtrArrayCtrl::Set(int pos, void const* p)

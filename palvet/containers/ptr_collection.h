@@ -17,6 +17,10 @@
 
 #include <palvet/core/export.h>
 
+namespace palvet::detail {
+struct PtrArrayAccess;  // the library's own containers built on arrays
+}
+
 // ---------------------------------------------------------------------------
 // Sort engine. All ranges are inclusive [left, right].
 
@@ -170,6 +174,9 @@ public:
     }
 
 private:
+    // The hash tables keep their buckets' storage in blocks of their own.
+    friend struct palvet::detail::PtrArrayAccess;
+
     void const** m_data;
     int m_count;
     int m_capacity;

@@ -15,6 +15,12 @@ struct FindState {
     int forward;
 };
 
+// A recorded find index: -1 unless it is a position of the collection.
+inline int ClampFindIndex(int v, int count)
+{
+    return v < -1 || v >= count ? -1 : v;
+}
+
 // Index modulo count in [0, count) for any x; count >= 1.
 inline int RingIndex(long long x, int count)
 {
