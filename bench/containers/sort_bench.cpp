@@ -1,10 +1,14 @@
-// QuicksortBuffer against std::sort on a million pointers to random ints,
-// both through an out-of-line comparison.
+// QuicksortBuffer against qsort and std::sort on a million pointers to
+// random ints, all through the same out-of-line comparison called through a
+// function pointer. The engine's comparison sequence is fixed (about 1.2
+// times std::sort's comparisons on this input), so its speed per comparison
+// is what can differ.
 #include <palvet/containers/ptr_collection.h>
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <random>
 #include <vector>
 
@@ -71,5 +75,27 @@ void BM_StdSort(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * kCount);
 }
 BENCHMARK(BM_StdSort)->Unit(benchmark::kMillisecond);
+
+int (*volatile qsort_target)(void const*, void const*, unsigned long long, unsigned long long) = &CompareInts;
+
+int QsortCompare(void const* a, void const* b)
+{
+    return qsort_target(*static_cast<void* const*>(a), *static_cast<void* const*>(b), 0, 0);
+}
+
+void BM_Qsort(benchmark::State& state)
+{
+    std::vector<void*> const input = Shuffled();
+    std::vector<void*> work;
+    for (auto _ : state) {
+        state.PauseTiming();
+        work = input;
+        state.ResumeTiming();
+        qsort(work.data(), work.size(), sizeof(void*), QsortCompare);
+        benchmark::DoNotOptimize(work.data());
+    }
+    state.SetItemsProcessed(state.iterations() * kCount);
+}
+BENCHMARK(BM_Qsort)->Unit(benchmark::kMillisecond);
 
 }  // namespace

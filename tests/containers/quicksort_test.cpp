@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -120,6 +121,79 @@ TEST(Quicksort, StackAndRecursiveSortsAgreeWithStdSort)
     EXPECT_EQ(stack.Field(&Item::key), keys);
     EXPECT_EQ(stack.Field(&Item::id), direct.Field(&Item::id));
     EXPECT_EQ(stack_swaps, direct_swaps);
+}
+
+namespace {
+
+// The partition and the frame walk written plainly from their definition,
+// for the comparison log below.
+std::vector<std::pair<int, int>> journal;
+
+int Logged(void const* a, void const* b, unsigned long long, unsigned long long)
+{
+    journal.emplace_back(static_cast<Item const*>(a)->id, static_cast<Item const*>(b)->id);
+    int const x = static_cast<Item const*>(a)->key, y = static_cast<Item const*>(b)->key;
+    return (x > y) - (x < y);
+}
+
+int PlainPartition(std::vector<void*>& buf, int left, int right, int& swaps)
+{
+    void* const pivot = buf[static_cast<size_t>((left + right) / 2)];
+    int i = left - 1, j = right + 1;
+    for (;;) {
+        int ca, cb;
+        do {
+            --j;
+            ca = Logged(buf[static_cast<size_t>(j)], pivot, 0, 0);
+        } while (j > i && ca > 0);
+        do {
+            ++i;
+            cb = Logged(buf[static_cast<size_t>(i)], pivot, 0, 0);
+        } while (i < j && cb < 0);
+        if (j <= i)
+            return j;
+        if (ca != 0 || cb != 0) {
+            std::swap(buf[static_cast<size_t>(i)], buf[static_cast<size_t>(j)]);
+            ++swaps;
+        }
+    }
+}
+
+void PlainSort(std::vector<void*>& buf, int lo, int hi, int& swaps)
+{
+    while (lo < hi) {
+        int const split = PlainPartition(buf, lo, hi, swaps);
+        PlainSort(buf, lo, split, swaps);
+        lo = split + 1;
+    }
+}
+
+}  // namespace
+
+TEST(Quicksort, EveryComparisonAndSwapAsDefined)
+{
+    std::mt19937 rng(11);
+    for (int round = 0; round < 400; ++round) {
+        int const n = static_cast<int>(rng() % 120) + 1;
+        std::vector<int> keys(static_cast<size_t>(n));
+        int const range = round % 3 == 0 ? 4 : 1000;  // many equal keys, or few
+        for (int& k : keys)
+            k = static_cast<int>(rng() % static_cast<unsigned>(range));
+        if (round % 7 == 0)
+            std::sort(keys.begin(), keys.end());
+        int const lo = static_cast<int>(rng() % static_cast<unsigned>(n));
+        int const hi = lo + static_cast<int>(rng() % static_cast<unsigned>(n - lo));
+        Sortable want(keys), got(keys);
+        int want_swaps = 0, got_swaps = -1;
+        journal.clear();
+        PlainSort(want.ptrs, lo, hi, want_swaps);
+        auto const want_log = journal;
+        journal.clear();
+        QuicksortBuffer(got.ptrs.data(), lo, hi, Logged, 0, 0, &got_swaps);
+        ASSERT_EQ(journal, want_log) << "round " << round;
+        ASSERT_EQ(got_swaps, want_swaps);
+        ASSERT_EQ(got.Field(&Item::id), want.Field(&Item::id));
+    }
 }
 
 TEST(Quicksort, InconsistentComparisonStaysInsideTheRange)
