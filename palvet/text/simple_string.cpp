@@ -1,5 +1,6 @@
 #include <palvet/text/simple_string.h>
 
+#include "quick_format_internal.h"
 #include "simple_string_internal.h"
 
 #include <cerrno>
@@ -42,6 +43,16 @@ bool FormatWith(Ch const* format, va_list args, Deliver deliver)
     if (format == nullptr)
         return false;
     Ch first[kFormatStep];
+    if constexpr (sizeof(Ch) == 1) {
+        va_list pass;
+        va_copy(pass, args);
+        int const quick = palvet::detail::QuickFormat(first, kFormatStep, format, pass);
+        va_end(pass);
+        if (quick >= 0) {
+            deliver(first, quick);
+            return true;
+        }
+    }
     Ch* buffer = first;
     size_t size = kFormatStep;
     bool done = false;
