@@ -39,15 +39,14 @@ struct MulForm {
     int16_t kRnd, kFlr;
 };
 
-// Luma term of YUV to RGB, when all three luma tables are the same: with
-// a = max(y - 16, 0) << shift,
-//     entry = Rnd(a, k) - below[y] (y < 16) + (y == at ? delta : 0).
-// Exact halves in the products can defeat a plain multiply-high at one y;
-// that one is corrected. Needs a 16-entry byte lookup in the kernels.
+// Luma term of YUV to RGB, when all three luma tables are the same:
+//     entry = (max(y * m - b, 0) >> shift) - (y < 16 ? below[y] : 0),
+// in unsigned 16-bit arithmetic (y * m stays below 65536). A plain floor of
+// a line fits the rounded products from y = 16 on; below 16 the products are
+// negative and truncated, which the 16-entry byte lookup supplies.
 struct LumaForm {
-    int16_t k;
+    uint16_t m, b;
     int shift;
-    int16_t at, delta;  // delta 0: no correction
     unsigned char below[16];
 };
 

@@ -37,6 +37,8 @@ struct Avx2 {
     PALVET_KERNEL_INLINE static V Sign(V x, V d) { return _mm256_sign_epi16(x, d); }
     PALVET_KERNEL_INLINE static V Abs(V v) { return _mm256_abs_epi16(v); }
     PALVET_KERNEL_INLINE static V Sll(V v, int n) { return _mm256_sll_epi16(v, _mm_cvtsi32_si128(n)); }
+    PALVET_KERNEL_INLINE static V Srl(V v, int n) { return _mm256_srl_epi16(v, _mm_cvtsi32_si128(n)); }
+    PALVET_KERNEL_INLINE static V MulLo(V a, V b) { return _mm256_mullo_epi16(a, b); }
     PALVET_KERNEL_INLINE static V Select(V m, V a, V b) { return _mm256_blendv_epi8(a, b, m); }
     PALVET_KERNEL_INLINE static V Alternate(int16_t even, int16_t odd)
     {

@@ -45,6 +45,8 @@ struct Avx512 {
     }
     PALVET_KERNEL_INLINE static V Abs(V v) { return _mm512_abs_epi16(v); }
     PALVET_KERNEL_INLINE static V Sll(V v, int n) { return _mm512_sll_epi16(v, _mm_cvtsi32_si128(n)); }
+    PALVET_KERNEL_INLINE static V Srl(V v, int n) { return _mm512_srl_epi16(v, _mm_cvtsi32_si128(n)); }
+    PALVET_KERNEL_INLINE static V MulLo(V a, V b) { return _mm512_mullo_epi16(a, b); }
     PALVET_KERNEL_INLINE static V Select(V m, V a, V b) { return _mm512_mask_blend_epi16(_mm512_movepi16_mask(m), a, b); }
     PALVET_KERNEL_INLINE static V Alternate(int16_t even, int16_t odd)
     {

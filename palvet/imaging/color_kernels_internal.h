@@ -8,7 +8,8 @@
 // for the same reason nothing here calls inline library templates.
 //
 // `I` provides a vector V of I::N signed 16-bit lanes and:
-//   Set1, Add, Sub, Max, Min, And, Or, SrlI<n>, SllI<n> (16-bit lanes)
+//   Set1, Add, Sub, Max, Min, And, Or, SrlI<n>, SllI<n>, Srl(v, n), MulLo
+//   (16-bit lanes; MulLo keeps the low 16 bits of the product)
 //   LoadU8 / StoreU8     N bytes <-> N lanes (the store saturates to 0..255)
 //   LoadU16 / StoreU16   N little-endian 16-bit values
 //   MakeForm(even, odd, shift), Eval(d, form)  table entries for d, with the
@@ -188,8 +189,8 @@ struct Kernels {
         bool sharedY, zur, zvr, zug, zvg, zub, zvb, mul;
         int mulShift;
         V rur, fur, rvr, fvr, rug, fug, rvg, fvg, rub, fub, rvb, fvb;
-        // Luma in multiply-high form (see LumaForm).
-        V lumaK, lumaBelow, lumaAt, lumaDelta;
+        // Luma as the floor of a line (see LumaForm).
+        V lumaM, lumaB, lumaBelow;
         int lumaShift;
         explicit YuvForms(YuvToRgbForms const& f)
             : sharedY(f.sharedY), zur(f.ur.zero), zvr(f.vr.zero), zug(f.ug.zero), zvg(f.vg.zero), zub(f.ub.zero),
@@ -197,8 +198,8 @@ struct Kernels {
               rvr(I::Set1(f.mvr.kRnd)), fvr(I::Set1(f.mvr.kFlr)), rug(I::Set1(f.mug.kRnd)),
               fug(I::Set1(f.mug.kFlr)), rvg(I::Set1(f.mvg.kRnd)), fvg(I::Set1(f.mvg.kFlr)),
               rub(I::Set1(f.mub.kRnd)), fub(I::Set1(f.mub.kFlr)), rvb(I::Set1(f.mvb.kRnd)),
-              fvb(I::Set1(f.mvb.kFlr)), lumaK(I::Set1(f.lumaForm.k)), lumaBelow(I::MakeLut(f.lumaForm.below)),
-              lumaAt(I::Set1(f.lumaForm.at)), lumaDelta(I::Set1(f.lumaForm.delta)), lumaShift(f.lumaForm.shift)
+              fvb(I::Set1(f.mvb.kFlr)), lumaM(I::Set1(f.lumaForm.m)), lumaB(I::Set1(f.lumaForm.b)),
+              lumaBelow(I::MakeLut(f.lumaForm.below)), lumaShift(f.lumaForm.shift)
         {
             if (Standard(f))
                 return;  // the general forms are not used
@@ -250,10 +251,8 @@ struct Kernels {
         PALVET_KERNEL_INLINE void Luma(V y, V& r, V& g, V& b) const
         {
             if constexpr (kStd) {
-                V t = I::Rnd(I::Sll(I::SubSatU(y, I::Set1(16)), lumaShift), lumaK);
-                t = I::Sub(t, I::Lut16(y, lumaBelow));
-                t = I::Add(t, I::And(I::CmpEq(y, lumaAt), lumaDelta));
-                r = g = b = t;
+                V const t = I::Srl(I::SubSatU(I::MulLo(y, lumaM), lumaB), lumaShift);
+                r = g = b = I::Sub(t, I::Lut16(y, lumaBelow));
             } else {
                 V const d = I::Sub(y, I::Set1(16));
                 r = I::Eval(d, yr);

@@ -34,6 +34,8 @@ struct Neon {
     template <int n>
     PALVET_KERNEL_INLINE static V SllI(V v) { return vshlq_n_s16(v, n); }
     PALVET_KERNEL_INLINE static V Sll(V v, int n) { return vshlq_s16(v, vdupq_n_s16(static_cast<int16_t>(n))); }
+    PALVET_KERNEL_INLINE static V Srl(V v, int n) { return vreinterpretq_s16_u16(vshlq_u16(vreinterpretq_u16_s16(v), vdupq_n_s16(static_cast<int16_t>(-n)))); }
+    PALVET_KERNEL_INLINE static V MulLo(V a, V b) { return vmulq_s16(a, b); }
     PALVET_KERNEL_INLINE static V NegMask(V v) { return vreinterpretq_s16_u16(vcltq_s16(v, vdupq_n_s16(0))); }
     PALVET_KERNEL_INLINE static V Sign(V x, V d) { return vbslq_s16(vcltq_s16(d, vdupq_n_s16(0)), vnegq_s16(x), x); }
     PALVET_KERNEL_INLINE static V Abs(V v) { return vabsq_s16(v); }

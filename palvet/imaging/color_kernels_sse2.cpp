@@ -40,6 +40,8 @@ struct Sse2 {
     }
     PALVET_KERNEL_INLINE static V Abs(V v) { return _mm_max_epi16(v, _mm_sub_epi16(_mm_setzero_si128(), v)); }
     PALVET_KERNEL_INLINE static V Sll(V v, int n) { return _mm_sll_epi16(v, _mm_cvtsi32_si128(n)); }
+    PALVET_KERNEL_INLINE static V Srl(V v, int n) { return _mm_srl_epi16(v, _mm_cvtsi32_si128(n)); }
+    PALVET_KERNEL_INLINE static V MulLo(V a, V b) { return _mm_mullo_epi16(a, b); }
     PALVET_KERNEL_INLINE static V Select(V m, V a, V b) { return _mm_xor_si128(a, _mm_and_si128(m, _mm_xor_si128(a, b))); }
     PALVET_KERNEL_INLINE static V Alternate(int16_t even, int16_t odd)
     {

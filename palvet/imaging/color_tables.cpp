@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <palvet/imaging/color_tables.h>
 
 #include <palvet/core/cpu_features_internal.h>
@@ -346,13 +347,13 @@ int EvalMulForm(MulForm const& form, int shift, bool positive, int d)
 
 int EvalLumaForm(LumaForm const& form, int y)
 {
-    int const a = (y > 16 ? y - 16 : 0) << form.shift;
-    int const v = ((a * form.k + 16384) >> 15) - (y < 16 ? form.below[y] : 0);
-    return y == form.at ? v + form.delta : v;
+    int const line = y * form.m - form.b;
+    return (line > 0 ? line >> form.shift : 0) - (y < 16 ? form.below[y] : 0);
 }
 
-// Tries the shifts that keep k in 16 bits and, for each, every k near the
-// slope; keeps the first with at most one off-by-one entry.
+// For each shift, every slope m near the table's: the offsets b that put
+// each entry from y = 16 on between the line's floors form an interval;
+// the first b in it that also leaves y < 16 at 0 gives the form.
 bool FitLumaForm(int const* t, LumaForm& form)
 {
     for (int y = 0; y < 16; ++y)
@@ -361,28 +362,28 @@ bool FitLumaForm(int const* t, LumaForm& form)
     if (t[16] != 0)
         return false;
     double const slope = (t[255] - t[16]) / 239.0;
-    for (int shift = 0; shift <= 5; ++shift) {
-        long long const centre = static_cast<long long>(slope * (1 << (15 - shift)));
-        for (long long k = centre - 64; k <= centre + 64; ++k) {
-            if (k < -32768 || k > 32767)
+    for (int shift = 0; shift <= 8; ++shift) {
+        long long const centre = static_cast<long long>(slope * (1 << shift));
+        for (long long m = centre - 2; m <= centre + 2; ++m) {
+            if (m < 1 || m * 255 > 65535)
+                continue;
+            long long lo = 0, hi = 65535;
+            for (int y = 16; y < 256; ++y) {
+                // t[y] << shift <= y * m - b < (t[y] + 1) << shift
+                lo = std::max(lo, y * m - ((static_cast<long long>(t[y]) + 1) << shift) + 1);
+                hi = std::min(hi, y * m - (static_cast<long long>(t[y]) << shift));
+            }
+            // Below 16 the line must floor to 0 (or saturate there).
+            lo = std::max(lo, 15 * m - (1LL << shift) + 1);
+            if (lo > hi)
                 continue;
             LumaForm f{};
-            f.k = static_cast<int16_t>(k);
+            f.m = static_cast<uint16_t>(m);
+            f.b = static_cast<uint16_t>(lo);
             f.shift = shift;
-            bool ok = true;
-            for (int y = 17; y < 256 && ok; ++y) {
-                int const a = (y - 16) << shift;
-                int const delta = t[y] - static_cast<int>((a * k + 16384) >> 15);
-                if (delta == 0)
-                    continue;
-                ok = (delta == 1 || delta == -1) && f.delta == 0;
-                f.at = static_cast<int16_t>(y);
-                f.delta = static_cast<int16_t>(delta);
-            }
-            if (!ok)
-                continue;
             for (int y = 0; y < 16; ++y)
                 f.below[y] = static_cast<unsigned char>(-t[y]);
+            bool ok = true;
             for (int y = 0; y < 256 && ok; ++y)
                 ok = EvalLumaForm(f, y) == t[y];
             if (ok) {
