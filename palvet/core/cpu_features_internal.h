@@ -44,6 +44,17 @@ inline bool CpuHasAvx512()
 #endif
 }
 
+// VBMI's byte permutes, on top of AVX-512 F + BW.
+inline bool CpuHasAvx512Vbmi()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    static bool const has = CpuHasAvx512() && __builtin_cpu_supports("avx512vbmi");
+    return has;
+#else
+    return false;
+#endif
+}
+
 inline bool CpuHasNeon()
 {
 #if defined(__aarch64__)

@@ -121,6 +121,12 @@ struct ColourKernels {
 ColourKernels const* ColourKernelsSse2();
 ColourKernels const* ColourKernelsAvx2();
 ColourKernels const* ColourKernelsAvx512();
+// The AVX-512 kernels with VBMI's byte permutes for the pixel formats; null
+// where the build has none.
+ColourKernels const* ColourKernelsAvx512Vbmi();
+// Whether the AVX-512 level may use them (on by default); tests switch them
+// off to check the F + BW kernels too.
+void AllowAvx512Vbmi(bool allow);
 ColourKernels const* ColourKernelsNeon();
 
 // Caps the kernels the conversions may use (the shared SetKernelLevel cap);

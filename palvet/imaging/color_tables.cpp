@@ -423,8 +423,16 @@ bool ColourKernelLevelAvailable(KernelLevel level)
     return false;
 }
 
+namespace {
+std::atomic<bool> gAllowVbmi{true};
+}  // namespace
+
+void AllowAvx512Vbmi(bool allow) { gAllowVbmi.store(allow, std::memory_order_relaxed); }
+
 ColourKernels const* ActiveColourKernels()
 {
+    if (UseAvx512() && CpuHasAvx512Vbmi() && gAllowVbmi.load(std::memory_order_relaxed) && ColourKernelsAvx512Vbmi())
+        return ColourKernelsAvx512Vbmi();
     if (UseAvx512() && ColourKernelsAvx512())
         return ColourKernelsAvx512();
     if (UseAvx2() && ColourKernelsAvx2())

@@ -124,10 +124,19 @@ void CompareAllPaths(unsigned seed)
             palvet::detail::SetColourKernelLevel(KernelLevel::Scalar);
             c.run(w, h, src.data(), want.data());
             for (KernelLevel level : FastLevels()) {
-                Bytes got = pattern;
-                palvet::detail::SetColourKernelLevel(level);
-                c.run(w, h, src.data(), got.data());
-                ASSERT_EQ(got, want) << c.name << " " << w << "x" << h << " level " << static_cast<int>(level);
+                // The AVX-512 level twice: with VBMI's byte permutes where the
+                // processor has them, and without.
+                for (bool vbmi : {true, false}) {
+                    if (!vbmi && level != KernelLevel::Avx512)
+                        continue;
+                    Bytes got = pattern;
+                    palvet::detail::SetColourKernelLevel(level);
+                    palvet::detail::AllowAvx512Vbmi(vbmi);
+                    c.run(w, h, src.data(), got.data());
+                    palvet::detail::AllowAvx512Vbmi(true);
+                    ASSERT_EQ(got, want) << c.name << " " << w << "x" << h << " level " << static_cast<int>(level)
+                                         << (vbmi ? "" : " without VBMI");
+                }
             }
         }
     }
