@@ -132,8 +132,9 @@ struct Kernels {
             // Luma and the positive chroma terms round, the negative ones
             // truncate toward zero (hence subtracted).
             I::StoreU8(y, I::Add(I::Add(I::Rnd(r, f.kry), I::Rnd(g, f.kgy)), I::Add(I::Rnd(b, f.kby), I::Set1(16))));
-            u = I::Sub(I::Add(I::Rnd(b, f.kbu), I::Set1(128)), I::Add(I::SmallFlr(r, f.kru), I::SmallFlr(g, f.kgu)));
-            v = I::Sub(I::Add(I::Rnd(r, f.krv), I::Set1(128)), I::Add(I::SmallFlr(g, f.kgv), I::SmallFlr(b, f.kbv)));
+            // Without the 128: the callers add it once per output sample.
+            u = I::Sub(I::Rnd(b, f.kbu), I::Add(I::SmallFlr(r, f.kru), I::SmallFlr(g, f.kgu)));
+            v = I::Sub(I::Rnd(r, f.krv), I::Add(I::SmallFlr(g, f.kgv), I::SmallFlr(b, f.kbv)));
         } else {
             I::StoreU8(y, I::Add(I::Add(I::Eval(r, f.ry), I::Eval(g, f.gy)), I::Add(I::Eval(b, f.by), I::Set1(16))));
             u = Clamp(I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128))));
@@ -147,17 +148,22 @@ struct Kernels {
         RgbForms const f(forms);
         constexpr int bytes = Bytes<F>();
         bool const swap = row.swapRB;
+        // Standard chroma comes without its 128 (see RgbBlock).
+        V const bias = I::Set1(kStd ? 128 : 0);
         int x = 0;
         if constexpr (L == ChromaLayout::C444) {
             for (; x + N <= row.width; x += N) {
                 V u, v;
                 RgbBlock<F, kStd>(f, row.src[0] + x * bytes, swap, row.y[0] + x, u, v);
-                I::StoreU8(row.u + x, u);
-                I::StoreU8(row.v + x, v);
+                I::StoreU8(row.u + x, I::Add(u, bias));
+                I::StoreU8(row.v + x, I::Add(v, bias));
             }
         } else {
+            constexpr int samples = L == ChromaLayout::C420 ? 4 : 2;
+            V const sumBias = I::Set1(kStd ? 128 * samples : 0);
             for (; x + 2 * N <= row.width; x += 2 * N) {
                 V us[2], vs[2];
+#pragma GCC unroll 2
                 for (int h = 0; h < 2; ++h) {
                     int const px = x + h * N;
                     RgbBlock<F, kStd>(f, row.src[0] + px * bytes, swap, row.y[0] + px, us[h], vs[h]);
@@ -169,8 +175,8 @@ struct Kernels {
                     }
                 }
                 constexpr int shift = L == ChromaLayout::C420 ? 2 : 1;
-                I::StoreU8(row.u + x / 2, I::template SrlI<shift>(I::PairSum(us[0], us[1])));
-                I::StoreU8(row.v + x / 2, I::template SrlI<shift>(I::PairSum(vs[0], vs[1])));
+                I::StoreU8(row.u + x / 2, I::template SrlI<shift>(I::Add(I::PairSum(us[0], us[1]), sumBias)));
+                I::StoreU8(row.v + x / 2, I::template SrlI<shift>(I::Add(I::PairSum(vs[0], vs[1]), sumBias)));
             }
         }
         return x;
