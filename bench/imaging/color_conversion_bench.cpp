@@ -31,7 +31,8 @@ void Pixels(benchmark::State& state)
 }
 
 // The argument caps the vector kernels (2 = AVX2, 3 = AVX-512), so the
-// narrower path can be measured on a processor that has the wider one.
+// narrower path can be measured on a processor that has the wider one; -1
+// is the default dispatch, what applications get.
 bool UseLevel(benchmark::State& state)
 {
     auto const level = static_cast<palvet::detail::KernelLevel>(state.range(0));
@@ -110,11 +111,11 @@ void BM_YUV420SPToYUV420(benchmark::State& state)
     Pixels(state);
 }
 
-BENCHMARK(BM_RGB888ToYUV420)->ArgName("level")->Arg(3)->Arg(2);
-BENCHMARK(BM_YUV420ToRGB888)->ArgName("level")->Arg(3)->Arg(2);
-BENCHMARK(BM_YUY2ToARGB32)->ArgName("level")->Arg(3)->Arg(2);
-BENCHMARK(BM_YUY2ToARGB32_Opaque)->ArgName("level")->Arg(3)->Arg(2);
-BENCHMARK(BM_YUV420SPToYUV420)->ArgName("level")->Arg(3)->Arg(2);
+BENCHMARK(BM_RGB888ToYUV420)->ArgName("level")->Arg(-1)->Arg(3)->Arg(2);
+BENCHMARK(BM_YUV420ToRGB888)->ArgName("level")->Arg(-1)->Arg(3)->Arg(2);
+BENCHMARK(BM_YUY2ToARGB32)->ArgName("level")->Arg(-1)->Arg(3)->Arg(2);
+BENCHMARK(BM_YUY2ToARGB32_Opaque)->ArgName("level")->Arg(-1)->Arg(3)->Arg(2);
+BENCHMARK(BM_YUV420SPToYUV420)->ArgName("level")->Arg(-1)->Arg(3)->Arg(2);
 
 void BM_libyuv_RGB24ToI420(benchmark::State& state)
 {

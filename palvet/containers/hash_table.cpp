@@ -156,11 +156,16 @@ struct Bucket {
     static_assert(kTagsAt % alignof(std::uint32_t) == 0, "tags follow the array");
     static_assert(sizeof(Entry) % alignof(void const*) == 0, "slots follow the records");
 
-    // Tag slots, whole groups so that every step reads inside the block.
-    static int TagSlots(int capacity) { return (capacity + kTagGroup - 1) & -kTagGroup; }
+    // Tag slots, an even number so that the records stay aligned. A group
+    // read starting at a tag below the count may run past the tags into the
+    // records and slots, never past the block: 4 * (capacity + 7) bytes fit
+    // in the block's last 28 * capacity bytes, whatever the capacity.
+    static int TagSlots(int capacity) { return (capacity + 1) & -2; }
 
-    static_assert(kTagGroup * sizeof(std::uint32_t) % alignof(Entry) == 0 && kTagsAt % alignof(Entry) == 0,
+    static_assert(2 * sizeof(std::uint32_t) % alignof(Entry) == 0 && kTagsAt % alignof(Entry) == 0,
                   "records follow the tags without padding");
+    static_assert(sizeof(Entry) + sizeof(void const*) >= 3 * sizeof(std::uint32_t),
+                  "a tag group read stays in the block");
     static size_t RecordsAt(int capacity)
     {
         return kTagsAt + static_cast<size_t>(static_cast<unsigned>(TagSlots(capacity))) * sizeof(std::uint32_t);
@@ -193,8 +198,9 @@ struct Bucket {
             reinterpret_cast<void const**>(static_cast<char*>(block) + RecordsAt(capacity) +
                                            static_cast<size_t>(capacity) * sizeof(Entry));
         PtrArrayAccess::Capacity(*a) = capacity;
-        // Tags past the count are read and masked off; keep them defined.
-        memset(Tags(a), 0, static_cast<size_t>(TagSlots(capacity)) * sizeof(std::uint32_t));
+        // Group reads cover bytes past the count, masked off afterwards; keep
+        // every byte of the block defined.
+        memset(Tags(a), 0, Bytes(capacity) - kTagsAt);
         return a;
     }
 
