@@ -94,6 +94,10 @@ unsigned int Crc32Update(unsigned int reg, unsigned char const* p, size_t n)
         n -= bulk;
     }
 #endif
+#if defined(__arm__) || defined(__aarch64__)
+    if (UseArmCrc32())
+        return Crc32UpdateArmv8(reg, p, n);
+#endif
     return Crc32UpdateScalar(reg, p, n);
 }
 

@@ -22,6 +22,12 @@ unsigned int Crc32FoldPclmul(unsigned int reg, unsigned char const* data, size_t
 bool Crc32HasPclmul();
 #endif
 
+#if defined(__arm__) || defined(__aarch64__)
+// The ARMv8 CRC32 instructions, any length. Call only when
+// Crc32HasArmv8().
+unsigned int Crc32UpdateArmv8(unsigned int reg, unsigned char const* data, size_t length);
+#endif
+
 }  // namespace palvet::detail
 
 #endif

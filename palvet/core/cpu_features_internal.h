@@ -8,6 +8,7 @@
 // defines its results.
 
 #if defined(__arm__)
+#include <asm/hwcap.h>
 #include <sys/auxv.h>
 #endif
 
@@ -60,7 +61,18 @@ inline bool CpuHasNeon()
 #if defined(__aarch64__)
     return true;
 #elif defined(__arm__)
-    static bool const has = (getauxval(AT_HWCAP) & (1UL << 12)) != 0;  // HWCAP_NEON
+    static bool const has = (getauxval(AT_HWCAP) & HWCAP_NEON) != 0;
+    return has;
+#else
+    return false;
+#endif
+}
+
+// The ARMv8 CRC32 instructions, which 32-bit ARMv8 processors may offer.
+inline bool CpuHasArmCrc32()
+{
+#if defined(__arm__)
+    static bool const has = (getauxval(AT_HWCAP2) & HWCAP2_CRC32) != 0;
     return has;
 #else
     return false;
@@ -87,6 +99,8 @@ inline bool UseSse2() { return CpuHasSse2() && KernelLevelAllows(KernelLevel::Ss
 inline bool UseNeon() { return CpuHasNeon() && KernelLevelAllows(KernelLevel::Sse2OrNeon); }
 inline bool UseAvx2() { return CpuHasAvx2() && KernelLevelAllows(KernelLevel::Avx2); }
 inline bool UseAvx512() { return CpuHasAvx512() && KernelLevelAllows(KernelLevel::Avx512); }
+// The CRC instructions count as the NEON level's.
+inline bool UseArmCrc32() { return CpuHasArmCrc32() && KernelLevelAllows(KernelLevel::Sse2OrNeon); }
 
 // The levels this processor has, Scalar first, whatever the cap.
 inline bool CpuHasKernelLevel(KernelLevel level)

@@ -76,14 +76,16 @@ int NextColumns(StretchStepper& cols, int remaining, int* table)
     return n;
 }
 
-// One strip's column lookup: the table and, for 32-bit pixels on AVX2,
-// its permute groups.
+// One strip's column lookup: the table and, for 32-bit pixels on AVX2 or
+// NEON, its permute groups (and on NEON their byte lookups).
 class ColumnStrip {
 public:
     ColumnStrip(int bpp, int srcWidth)
     {
 #if defined(__x86_64__) || defined(__i386__)
         useGroups_ = bpp == 4 && palvet::detail::UseAvx2();
+#elif defined(__arm__) || defined(__aarch64__)
+        useGroups_ = bpp == 4 && palvet::detail::UseNeon();
 #endif
         (void)bpp;
         srcWidth_ = srcWidth;
@@ -92,25 +94,38 @@ public:
     int Next(StretchStepper& cols, int remaining)
     {
         n_ = NextColumns(cols, remaining, table_);
-        if (useGroups_)
-            palvet::detail::BuildStretchGroups(table_, n_, srcWidth_, groups_);
+        if (useGroups_) {
+            int const count = palvet::detail::BuildStretchGroups(table_, n_, srcWidth_, groups_);
+#if defined(__arm__) || defined(__aarch64__)
+            for (int g = 0; g < count; ++g)
+                palvet::detail::StretchByteIndexes(groups_[g], bytes_[g]);
+#else
+            (void)count;
+#endif
+        }
         return n_;
     }
 
     void Gather(unsigned char* d, unsigned char const* s, int bpp) const
     {
-#if defined(__x86_64__) || defined(__i386__)
         if (useGroups_) {
+#if defined(__x86_64__) || defined(__i386__)
             palvet::detail::GatherRow32Avx2(d, s, table_, groups_, n_);
             return;
-        }
+#elif defined(__arm__) || defined(__aarch64__)
+            palvet::detail::GatherRow32Neon(d, s, table_, groups_, bytes_, n_);
+            return;
 #endif
+        }
         GatherRowAny(d, s, table_, n_, bpp);
     }
 
 private:
     int table_[kStrip];
     palvet::detail::StretchGroup groups_[kStrip / 8];
+#if defined(__arm__) || defined(__aarch64__)
+    unsigned char bytes_[kStrip / 8][32];
+#endif
     int n_ = 0;
     int srcWidth_ = 0;
     bool useGroups_ = false;

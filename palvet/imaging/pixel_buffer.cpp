@@ -1,5 +1,6 @@
 #include <palvet/imaging/pixel_buffer.h>
 
+#include <palvet/core/cpu_features_internal.h>
 #include <palvet/imaging/pixel_kernels_internal.h>
 
 #include <cstring>
@@ -25,6 +26,22 @@ inline unsigned char Grey(unsigned r, unsigned g, unsigned b)
 {
     return static_cast<unsigned char>((77 * r + 151 * g + 28 * b) >> 8);
 }
+
+// Whether rows start with their NEON kernels (which do whole vectors and
+// say how far they got); asked once per call.
+#if defined(__arm__) || defined(__aarch64__)
+bool NeonRows()
+{
+    return palvet::detail::UseNeon();
+}
+#define PALVET_NEON_ROW(neon, call) ((neon) ? palvet::detail::call : 0)
+#else
+bool NeonRows()
+{
+    return false;
+}
+#define PALVET_NEON_ROW(neon, call) ((void)(neon), 0)
+#endif
 
 }  // namespace
 
@@ -53,14 +70,15 @@ void ConvertAlphaToRGB24Buffer(unsigned char const* alpha, int alphaPitch, unsig
                                  static_cast<unsigned char>(colorOn >> 16)};
     unsigned char const off[3] = {static_cast<unsigned char>(colorOff), static_cast<unsigned char>(colorOff >> 8),
                                   static_cast<unsigned char>(colorOff >> 16)};
+    bool const neon = NeonRows();
     for (int y = 0; y < h; ++y) {
         unsigned char const* a = Row(alpha, y, alphaPitch);
         unsigned char* d = Row(dst, y, dstPitch);
-        for (int x = 0; x < w; ++x, d += 3) {
+        for (int x = PALVET_NEON_ROW(neon, AlphaToRgb24RowNeon(a, d, w, on, off)); x < w; ++x) {
             unsigned char const* c = a[x] ? on : off;
-            d[0] = c[0];
-            d[1] = c[1];
-            d[2] = c[2];
+            d[3 * x] = c[0];
+            d[3 * x + 1] = c[1];
+            d[3 * x + 2] = c[2];
         }
     }
 }
@@ -69,19 +87,21 @@ void SetRGB32AlphaRatio(unsigned char* buf, int pitch, int w, int h, unsigned ch
 {
     // A shift rather than a division by 255: 255 * 255 >> 8 is 254, and
     // existing images were made with that.
+    bool const neon = NeonRows();
     for (int y = 0; y < h; ++y) {
-        unsigned char* p = Row(buf, y, pitch) + 3;
-        for (int x = 0; x < w; ++x)
-            p[4 * x] = static_cast<unsigned char>((p[4 * x] * ratio) >> 8);
+        unsigned char* p = Row(buf, y, pitch);
+        for (int x = PALVET_NEON_ROW(neon, AlphaRatioRowNeon(p, w, ratio)); x < w; ++x)
+            p[4 * x + 3] = static_cast<unsigned char>((p[4 * x + 3] * ratio) >> 8);
     }
 }
 
 void SetRGB32Alpha(unsigned char* buf, int pitch, int w, int h, unsigned char alpha)
 {
+    bool const neon = NeonRows();
     for (int y = 0; y < h; ++y) {
-        unsigned char* p = Row(buf, y, pitch) + 3;
-        for (int x = 0; x < w; ++x)
-            p[4 * x] = alpha;
+        unsigned char* p = Row(buf, y, pitch);
+        for (int x = PALVET_NEON_ROW(neon, AlphaSetRowNeon(p, w, alpha)); x < w; ++x)
+            p[4 * x + 3] = alpha;
     }
 }
 
@@ -108,11 +128,12 @@ void ConvertRGB24ToGray(unsigned char const* src, int srcPitch, unsigned char* d
 {
     int const ri = bBGR ? 2 : 0;
     int const bi = bBGR ? 0 : 2;
+    bool const neon = NeonRows();
     for (int y = 0; y < h; ++y) {
         unsigned char const* s = Row(src, y, srcPitch);
         unsigned char* d = Row(dst, y, dstPitch);
-        for (int x = 0; x < w; ++x, s += 3)
-            d[x] = Grey(s[ri], s[1], s[bi]);
+        for (int x = PALVET_NEON_ROW(neon, GreyRow24Neon(s, d, w, bBGR != 0)); x < w; ++x)
+            d[x] = Grey(s[3 * x + ri], s[3 * x + 1], s[3 * x + bi]);
     }
 }
 
@@ -121,19 +142,21 @@ void ConvertRGB32ToGray(unsigned char const* src, int srcPitch, unsigned char* d
 {
     int const ri = bBGR ? 2 : 0;
     int const bi = bBGR ? 0 : 2;
+    bool const neon = NeonRows();
     for (int y = 0; y < h; ++y) {
         unsigned char const* s = Row(src, y, srcPitch);
         unsigned char* d = Row(dst, y, dstPitch);
-        for (int x = 0; x < w; ++x, s += 4)
-            d[x] = Grey(s[ri], s[1], s[bi]);
+        for (int x = PALVET_NEON_ROW(neon, GreyRow32Neon(s, d, w, bBGR != 0)); x < w; ++x)
+            d[x] = Grey(s[4 * x + ri], s[4 * x + 1], s[4 * x + bi]);
     }
 }
 
 void RevertRGB32ToBGR32(unsigned char* buf, int pitch, int w, int h)
 {
+    bool const neon = NeonRows();
     for (int y = 0; y < h; ++y) {
         unsigned char* p = Row(buf, y, pitch);
-        for (int x = 0; x < w; ++x) {
+        for (int x = PALVET_NEON_ROW(neon, SwapRBRow32Neon(p, w)); x < w; ++x) {
             std::uint32_t const v = LoadU32(p + 4 * x);
             StoreU32(p + 4 * x, (v & 0xFF00FF00u) | (v >> 16 & 0xFFu) | (v & 0xFFu) << 16);
         }
@@ -142,12 +165,13 @@ void RevertRGB32ToBGR32(unsigned char* buf, int pitch, int w, int h)
 
 void RevertRGB24ToBGR24(unsigned char* buf, int pitch, int w, int h)
 {
+    bool const neon = NeonRows();
     for (int y = 0; y < h; ++y) {
         unsigned char* p = Row(buf, y, pitch);
-        for (int x = 0; x < w; ++x, p += 3) {
-            unsigned char const t = p[0];
-            p[0] = p[2];
-            p[2] = t;
+        for (int x = PALVET_NEON_ROW(neon, SwapRBRow24Neon(p, w)); x < w; ++x) {
+            unsigned char const t = p[3 * x];
+            p[3 * x] = p[3 * x + 2];
+            p[3 * x + 2] = t;
         }
     }
 }
@@ -157,6 +181,15 @@ void RevertBottomUpBuffer(unsigned char* buf, int x, int y, int w, int h, int bp
     if (buf == nullptr || h < 2 || w < 1 || bpp < 1)
         return;
     std::size_t const bytes = static_cast<std::size_t>(w) * static_cast<std::size_t>(bpp);
+#if defined(__arm__) || defined(__aarch64__)
+    if (palvet::detail::UseNeon()) {
+        // Rows exchanged in place, a vector at a time: no row-sized copy.
+        for (int i = 0; i < h / 2; ++i)
+            palvet::detail::SwapBytesNeon(PixelAt(buf, x, y + i, pitch, bpp), PixelAt(buf, x, y + h - 1 - i, pitch, bpp),
+                                          bytes);
+        return;
+    }
+#endif
     unsigned char* tmp = new (std::nothrow) unsigned char[bytes];
     if (tmp == nullptr)
         return;

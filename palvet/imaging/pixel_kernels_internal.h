@@ -239,6 +239,26 @@ void MaskRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_
 void TintRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb, std::uint32_t alpha);
 void FillRow32Neon(unsigned char* d, int n, std::uint32_t color);
 void Rotate32Neon(unsigned char const* src, unsigned char* dst, int w, int h, int degrees);
+
+// Whole vectors of a row; each returns the pixels it did, the plain loop
+// does the rest. bgr: red is byte 2.
+int GreyRow24Neon(unsigned char const* s, unsigned char* d, int n, bool bgr);
+int GreyRow32Neon(unsigned char const* s, unsigned char* d, int n, bool bgr);
+int SwapRBRow24Neon(unsigned char* p, int n);
+int SwapRBRow32Neon(unsigned char* p, int n);
+int AlphaRatioRowNeon(unsigned char* p, int n, unsigned char ratio);
+int AlphaSetRowNeon(unsigned char* p, int n, unsigned char alpha);
+int AlphaToRgb24RowNeon(unsigned char const* a, unsigned char* d, int n, unsigned char const on[3],
+                        unsigned char const off[3]);
+// Exchanges n bytes of two non-overlapping spans, all of them.
+void SwapBytesNeon(unsigned char* a, unsigned char* b, std::size_t n);
+// The byte lookups of a stretch group (see StretchGroup) for vtbl.
+void StretchByteIndexes(StretchGroup const& g, unsigned char idx[32]);
+// As GatherRow32Avx2, with each group's byte lookups from StretchByteIndexes.
+void GatherRow32Neon(unsigned char* d, unsigned char const* s, int const* cols, StretchGroup const* groups,
+                     unsigned char const (*idx)[32], int n);
+// RotateUnits for units of 1, 2 or 3 bytes (false for other sizes).
+bool RotateUnitsNeon(unsigned char const* src, unsigned char* dst, int w, int h, int unit, int degrees);
 #endif
 
 }  // namespace palvet::detail

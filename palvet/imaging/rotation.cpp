@@ -1,10 +1,20 @@
 #include <palvet/imaging/rotation.h>
 
+#include <palvet/core/cpu_features_internal.h>
 #include <palvet/imaging/pixel_kernels_internal.h>
 
-using palvet::detail::RotateUnits;
-
 namespace {
+
+// 1-, 2- and 3-byte units: the NEON tiles where there are any.
+template <int N>
+void RotateUnits(unsigned char const* src, unsigned char* dst, int w, int h, int degrees)
+{
+#if defined(__arm__) || defined(__aarch64__)
+    if (palvet::detail::UseNeon() && palvet::detail::RotateUnitsNeon(src, dst, w, h, N, degrees))
+        return;
+#endif
+    palvet::detail::RotateUnits<N>(src, dst, w, h, degrees);
+}
 
 void RotatePacked(unsigned char const* src, unsigned char* dst, int w, int h, int bpp, int degrees)
 {

@@ -11,7 +11,7 @@ shift 2
 status=0
 for object in "$@"; do
   case "$object" in
-  *_avx2.cpp.o | *_avx512.cpp.o | *_avx512vbmi.cpp.o | *_neon.cpp.o)
+  *_avx2.cpp.o | *_avx512.cpp.o | *_avx512vbmi.cpp.o | *_neon.cpp.o | *_armv8.cpp.o)
     weak=$("$nm" -C "$object" | grep -E '^[0-9a-f]* +W ')
     if [ -n "$weak" ]; then
       echo "$object defines weak functions:"

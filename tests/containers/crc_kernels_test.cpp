@@ -1,5 +1,6 @@
 #include <palvet/containers/crc.h>
 #include <palvet/containers/crc32_internal.h>
+#include <palvet/core/cpu_features_internal.h>
 
 #include <gtest/gtest.h>
 
@@ -31,6 +32,11 @@ TEST(Crc32Kernels, EveryPathMatchesTheByteLoop)
         if (n >= 64 && palvet::detail::Crc32HasPclmul()) {
             size_t const bulk = n & ~size_t{15};
             ASSERT_EQ(palvet::detail::Crc32FoldPclmul(reg, p, bulk), Crc32UpdateScalar(reg, p, bulk)) << n;
+        }
+#endif
+#if defined(__arm__) || defined(__aarch64__)
+        if (palvet::detail::CpuHasArmCrc32()) {
+            ASSERT_EQ(palvet::detail::Crc32UpdateArmv8(reg, p, n), expected) << n;
         }
 #endif
     }

@@ -2,13 +2,17 @@
 // one, not only the one the dispatcher picks) against its definition.
 
 #include <palvet/core/cpu_features_internal.h>
+#include <palvet/imaging/drawing.h>
+#include <palvet/imaging/pixel_buffer.h>
 #include <palvet/imaging/pixel_kernels_internal.h>
+#include <palvet/imaging/rotation.h>
 
 #include "imaging_test_util.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -150,4 +154,124 @@ TEST(PixelKernels, EveryLevelConvertsRowsAndRotates)
         FillRow32(row.data(), 5, 0xA1B2C3D4);
         EXPECT_EQ(imaging_test::Word(row, 16), 0xA1B2C3D4u) << level;
     });
+}
+
+namespace {
+
+// The public operation on random frames: at the plain level, then at every
+// level the processor has, on the same input; the outputs must agree. Sizes
+// run through whole vectors and every tail, with row padding.
+template <class Op>
+void SameAtEveryLevel(char const* name, Op op)
+{
+    std::mt19937 rng(5);
+    for (int round = 0; round < 60; ++round) {
+        int const w = round < 40 ? round + 1 : static_cast<int>(rng() % 200) + 1;
+        int const h = static_cast<int>(rng() % 19) + 1;
+        imaging_test::Bytes const input = imaging_test::Noise(static_cast<size_t>(8 * (w + 5) * (h + 2)), round);
+        palvet::detail::SetKernelLevel(KernelLevel::Scalar);
+        imaging_test::Bytes want = input;
+        op(want, w, h);
+        AtEveryLevel([&](std::string const& level) {
+            imaging_test::Bytes got = input;
+            op(got, w, h);
+            ASSERT_EQ(got, want) << name << " " << w << "x" << h << " " << level;
+        });
+        if (::testing::Test::HasFailure())
+            return;
+    }
+}
+
+}  // namespace
+
+TEST(PixelKernels, PixelBufferRowsAgreeAtEveryLevel)
+{
+    // Frames live in one buffer: the source first, then the destination.
+    for (int bgr : {0, 1}) {
+        SameAtEveryLevel("grey 24", [bgr](imaging_test::Bytes& b, int w, int h) {
+            ConvertRGB24ToGray(b.data(), 3 * w + 5, b.data() + (3 * w + 5) * h, w + 3, w, h, bgr);
+        });
+        SameAtEveryLevel("grey 32", [bgr](imaging_test::Bytes& b, int w, int h) {
+            ConvertRGB32ToGray(b.data(), 4 * w + 4, b.data() + (4 * w + 4) * h, w + 1, w, h, bgr);
+        });
+    }
+    SameAtEveryLevel("swap 32", [](imaging_test::Bytes& b, int w, int h) { RevertRGB32ToBGR32(b.data(), 4 * w + 8, w, h); });
+    SameAtEveryLevel("swap 24", [](imaging_test::Bytes& b, int w, int h) { RevertRGB24ToBGR24(b.data(), 3 * w + 2, w, h); });
+    SameAtEveryLevel("alpha ratio", [](imaging_test::Bytes& b, int w, int h) {
+        SetRGB32AlphaRatio(b.data(), 4 * w + 4, w, h, static_cast<unsigned char>(w * 37));
+    });
+    SameAtEveryLevel("alpha", [](imaging_test::Bytes& b, int w, int h) {
+        SetRGB32Alpha(b.data(), 4 * w, w, h, static_cast<unsigned char>(h * 11));
+    });
+    SameAtEveryLevel("alpha to rgb24", [](imaging_test::Bytes& b, int w, int h) {
+        // Half the mask bytes zero, so both colours show.
+        for (int i = 0; i < (w + 1) * h; i += 2)
+            b[static_cast<size_t>(i)] = 0;
+        ConvertAlphaToRGB24Buffer(b.data(), w + 1, b.data() + (w + 1) * h, 3 * w + 1, w, h, 0x123456, 0xABCDEF);
+    });
+    for (int bpp : {1, 2, 3, 4}) {
+        SameAtEveryLevel("flip", [bpp](imaging_test::Bytes& b, int w, int h) {
+            RevertBottomUpBuffer(b.data(), 1, 1, w, h, bpp, bpp * (w + 2));
+        });
+    }
+}
+
+TEST(PixelKernels, RotationsAndStretchAgreeAtEveryLevel)
+{
+    for (int bpp : {1, 2, 3, 4}) {
+        SameAtEveryLevel("rotate 90", [bpp](imaging_test::Bytes& b, int w, int h) {
+            RotateRGBData90(b.data(), b.data() + bpp * w * h, w, h, bpp);
+        });
+        SameAtEveryLevel("rotate 180", [bpp](imaging_test::Bytes& b, int w, int h) {
+            RotateRGBData180(b.data(), b.data() + bpp * w * h, w, h, bpp);
+        });
+        SameAtEveryLevel("rotate 270", [bpp](imaging_test::Bytes& b, int w, int h) {
+            RotateRGBData270(b.data(), b.data() + bpp * w * h, w, h, bpp);
+        });
+    }
+    // Planar and semi-planar frames: planes of w x h, then chroma at half
+    // size (one plane of pairs, or two).
+    for (bool sp : {false, true}) {
+        SameAtEveryLevel("yuv 90", [sp](imaging_test::Bytes& b, int w, int h) {
+            w += w % 2;
+            h += h % 2;
+            size_t const frame = static_cast<size_t>(w * h * 3 / 2);
+            imaging_test::Bytes out(frame);
+            unsigned char* src[3] = {b.data(), b.data() + w * h, b.data() + w * h * 5 / 4};
+            unsigned char* dst[3] = {out.data(), out.data() + w * h, out.data() + w * h * 5 / 4};
+            if (sp)
+                RotateYUV420SPData_90(src, dst, w, h);
+            else
+                RotateYUV420Data_90(src, dst, w, h);
+            std::copy(out.begin(), out.end(), b.begin() + static_cast<std::ptrdiff_t>(frame));
+        });
+        SameAtEveryLevel("yuv 270", [sp](imaging_test::Bytes& b, int w, int h) {
+            w += w % 2;
+            h += h % 2;
+            size_t const frame = static_cast<size_t>(w * h * 3 / 2);
+            imaging_test::Bytes out(frame);
+            unsigned char* src[3] = {b.data(), b.data() + w * h, b.data() + w * h * 5 / 4};
+            unsigned char* dst[3] = {out.data(), out.data() + w * h, out.data() + w * h * 5 / 4};
+            if (sp)
+                RotateYUV420SPData_270(src, dst, w, h);
+            else
+                RotateYUV420Data_270(src, dst, w, h);
+            std::copy(out.begin(), out.end(), b.begin() + static_cast<std::ptrdiff_t>(frame));
+        });
+    }
+    // Stretches in both directions, 32-bit pixels (the gathered ones) and
+    // the others.
+    for (int bpp : {4, 3}) {
+        SameAtEveryLevel("stretch", [bpp](imaging_test::Bytes& b, int w, int h) {
+            int const sw = w, sh = h, dw = (w * 7) / 3 + 1, dh = h + 1;
+            imaging_test::Bytes out(static_cast<size_t>(dw * dh * bpp));
+            tagRECT const s{0, 0, sw, sh}, d{0, 0, dw, dh};
+            StretchBufferOnBuffer(out.data(), d, dw * bpp, b.data(), s, sw * bpp, bpp);
+            imaging_test::Bytes small(static_cast<size_t>(4 * 4 * bpp + 64));
+            tagRECT const d2{0, 0, 4, 4};
+            StretchBufferOnBuffer(small.data(), d2, 4 * bpp, b.data(), s, sw * bpp, bpp);
+            std::copy(out.begin(), out.begin() + std::min(out.size(), b.size() / 2), b.begin() + static_cast<std::ptrdiff_t>(b.size() / 2));
+            std::copy(small.begin(), small.end(), b.begin());
+        });
+    }
 }

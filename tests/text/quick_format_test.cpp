@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <random>
 #include <string>
+#include <sys/types.h>
 
 using palvet::detail::QuickFormat;
 
@@ -39,6 +40,19 @@ int Compare(std::string const& format, A... args)
         EXPECT_STREQ(quick, libc) << format;
     }
     return q;
+}
+
+// With the '*' arguments the format asks for in front of the value.
+template <class T>
+int CompareWith(std::string const& f, bool star_width, bool star_precision, int w, int p, T v)
+{
+    if (star_width && star_precision)
+        return Compare(f, w, p, v);
+    if (star_width)
+        return Compare(f, w, v);
+    if (star_precision)
+        return Compare(f, p, v);
+    return Compare(f, v);
 }
 
 }  // namespace
@@ -77,29 +91,21 @@ TEST(QuickFormat, IntegerConversionsMatchTheCLibrary)
         long long const v = rng() % 3 == 0 ? edges[rng() % (sizeof edges / sizeof edges[0])]
                                            : static_cast<long long>(rng()) >> (rng() % 64);
         int const w = static_cast<int>(rng() % 41) - 20, p = static_cast<int>(rng() % 41) - 20;
+        // Arguments of the type the length modifier reads (long, size_t and
+        // ptrdiff_t are 32 bits on the device).
         int q;
-        // Arguments as the length modifier reads them.
-        bool const wide = len == "l" || len == "ll" || len == "j" || len == "z" || len == "t";
-        if (wide) {
-            if (star_width && star_precision)
-                q = Compare(f, w, p, v);
-            else if (star_width)
-                q = Compare(f, w, v);
-            else if (star_precision)
-                q = Compare(f, p, v);
-            else
-                q = Compare(f, v);
-        } else {
-            int const iv = static_cast<int>(v);
-            if (star_width && star_precision)
-                q = Compare(f, w, p, iv);
-            else if (star_width)
-                q = Compare(f, w, iv);
-            else if (star_precision)
-                q = Compare(f, p, iv);
-            else
-                q = Compare(f, iv);
-        }
+        if (len == "l")
+            q = CompareWith(f, star_width, star_precision, w, p, static_cast<long>(v));
+        else if (len == "ll")
+            q = CompareWith(f, star_width, star_precision, w, p, v);
+        else if (len == "j")
+            q = CompareWith(f, star_width, star_precision, w, p, static_cast<intmax_t>(v));
+        else if (len == "z")
+            q = CompareWith(f, star_width, star_precision, w, p, static_cast<ssize_t>(v));
+        else if (len == "t")
+            q = CompareWith(f, star_width, star_precision, w, p, static_cast<ptrdiff_t>(v));
+        else
+            q = CompareWith(f, star_width, star_precision, w, p, static_cast<int>(v));
         formatted += q >= 0;
         if (HasFailure())
             break;
