@@ -28,7 +28,10 @@
 //   LoadRgb24 / StoreRgb24 / StoreArgb   N interleaved pixels (stores saturate)
 //   SplitPairs / JoinPairs               interleaved bytes <-> two planes
 
+#include <palvet/core/mca_marker_internal.h>
 #include <palvet/imaging/color_conversion_internal.h>
+
+#include <type_traits>
 
 // The per-block helpers must melt into the row loops: a call per block
 // passes vectors through memory.
@@ -162,6 +165,7 @@ struct Kernels {
             constexpr int samples = L == ChromaLayout::C420 ? 4 : 2;
             V const sumBias = I::Set1(kStd ? 128 * samples : 0);
             for (; x + 2 * N <= row.width; x += 2 * N) {
+                PALVET_MCA_BEGIN("rgb-yuv");
                 V us[2], vs[2];
 #pragma GCC unroll 2
                 for (int h = 0; h < 2; ++h) {
@@ -177,6 +181,7 @@ struct Kernels {
                 constexpr int shift = L == ChromaLayout::C420 ? 2 : 1;
                 I::StoreU8(row.u + x / 2, I::template SrlI<shift>(I::Add(I::PairSum(us[0], us[1]), sumBias)));
                 I::StoreU8(row.v + x / 2, I::template SrlI<shift>(I::Add(I::PairSum(vs[0], vs[1]), sumBias)));
+                PALVET_MCA_END("rgb-yuv");
             }
         }
         return x;
@@ -286,24 +291,37 @@ struct Kernels {
                 StorePixels<F>(row.dst[0] + x * bytes, swap, I::Add(yr, cr), I::Add(yg, cg), I::Add(yb, cb));
             }
         } else {
-            for (; x + 2 * N <= row.width; x += 2 * N) {
-                V cr, cg, cb;
-                f.template Chroma<kStd>(I::Sub(I::LoadU8(row.u + x / 2), c128),
-                                        I::Sub(I::LoadU8(row.v + x / 2), c128), cr, cg, cb);
-                V crs[2], cgs[2], cbs[2];
-                I::Dup(cr, crs[0], crs[1]);
-                I::Dup(cg, cgs[0], cgs[1]);
-                I::Dup(cb, cbs[0], cbs[1]);
-                for (int k = 0; k < rows; ++k) {
-                    for (int h = 0; h < 2; ++h) {
-                        int const px = x + h * N;
-                        V yr, yg, yb;
-                        f.template Luma<kStd>(I::LoadU8(row.y[k] + px), yr, yg, yb);
-                        StorePixels<F>(row.dst[k] + px * bytes, swap, I::Add(yr, crs[h]), I::Add(yg, cgs[h]),
-                                       I::Add(yb, cbs[h]));
+            // One or two image rows per chroma row, as a compile-time count
+            // so that both unroll.
+            auto const run = [&](auto rowCount) {
+                constexpr int kRows = decltype(rowCount)::value;
+                for (; x + 2 * N <= row.width; x += 2 * N) {
+                    PALVET_MCA_BEGIN("yuv-rgb");
+                    V cr, cg, cb;
+                    f.template Chroma<kStd>(I::Sub(I::LoadU8(row.u + x / 2), c128),
+                                            I::Sub(I::LoadU8(row.v + x / 2), c128), cr, cg, cb);
+                    V crs[2], cgs[2], cbs[2];
+                    I::Dup(cr, crs[0], crs[1]);
+                    I::Dup(cg, cgs[0], cgs[1]);
+                    I::Dup(cb, cbs[0], cbs[1]);
+#pragma GCC unroll 2
+                    for (int k = 0; k < kRows; ++k) {
+#pragma GCC unroll 2
+                        for (int h = 0; h < 2; ++h) {
+                            int const px = x + h * N;
+                            V yr, yg, yb;
+                            f.template Luma<kStd>(I::LoadU8(row.y[k] + px), yr, yg, yb);
+                            StorePixels<F>(row.dst[k] + px * bytes, swap, I::Add(yr, crs[h]), I::Add(yg, cgs[h]),
+                                           I::Add(yb, cbs[h]));
+                        }
                     }
+                    PALVET_MCA_END("yuv-rgb");
                 }
-            }
+            };
+            if (rows == 2)
+                run(std::integral_constant<int, 2>{});
+            else
+                run(std::integral_constant<int, 1>{});
         }
         return x;
     }
@@ -337,6 +355,7 @@ struct Kernels {
         V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
         int x = 0;
         for (; x + N <= width; x += N) {
+            PALVET_MCA_BEGIN("packed-std");
             V const w = I::LoadU16(row.src + 2 * x);
             V const dc = I::Sub(I::template SrlI<8>(w), c128);
             V const a = I::Sll(I::Abs(dc), mulShift), m = I::NegMask(dc);
@@ -351,6 +370,7 @@ struct Kernels {
             f.template Luma<true>(I::And(w, lowByte), yr, yg, yb);
             StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Sub(yg, ng), I::Add(yb, eb),
                            kAlpha ? I::LoadU8(row.alpha + x) : opaque);
+            PALVET_MCA_END("packed-std");
         }
         return x;
     }

@@ -1,5 +1,6 @@
 // NEON row and block kernels. Built with -mfpu=neon on 32-bit ARM; only
 // called after CpuHasNeon().
+#include <palvet/core/mca_marker_internal.h>
 #include <palvet/imaging/pixel_kernels_internal.h>
 #include <palvet/imaging/rotate32_tiles_internal.h>
 
@@ -80,6 +81,7 @@ void BlendRowArgbNeon(unsigned char* dst, unsigned char const* src, int n)
         }
         if (AllEqual(s.val[3], 0))
             continue;
+        PALVET_MCA_BEGIN("blend");
         uint8x8x4_t const d = vld4_u8(dst + 4 * i);
         uint16x8_t const sa16 = vmovl_u8(s.val[3]);
         uint16x8_t const x = vmull_u8(s.val[3], d.val[3]);
@@ -96,23 +98,45 @@ void BlendRowArgbNeon(unsigned char* dst, unsigned char const* src, int n)
             out.val[c] = vbsl_u8(keep, d.val[c], BlendChannel(s.val[c], d.val[c], sa, rcpLo, rcpHi));
         out.val[3] = vbsl_u8(keep, d.val[3], vmovn_u16(outA));
         vst4_u8(dst + 4 * i, out);
+        PALVET_MCA_END("blend");
     }
     BlendRowArgbScalar(dst + 4 * i, src + 4 * i, n - i);
 }
 
 void Rgb24ToRgb32RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap)
 {
-    int i = 0;
-    for (; i + 16 <= n; i += 16) {
-        uint8x16x3_t const s = vld3q_u8(src + 3 * i);
-        uint8x16x4_t d;
-        d.val[0] = swap ? s.val[2] : s.val[0];
-        d.val[1] = s.val[1];
-        d.val[2] = swap ? s.val[0] : s.val[2];
-        d.val[3] = vdupq_n_u8(0xFF);
-        vst4q_u8(dst + 4 * i, d);
+    // Eight pixels a step, the three loaded d registers stored as they are
+    // beside a register of 0xFF: written out because the compiler moves the
+    // structured load's registers into place for the store every step.
+    int const steps = n / 8 * 8;
+    unsigned char const* s = src;
+    unsigned char* d = dst;
+    if (steps > 0) {
+        int left = steps;
+        if (swap) {
+            asm volatile("vmov.u8 d3, #255\n"
+                         "1:\n" PALVET_MCA_TEXT_BEGIN("rgb24-rgb32-swap")
+                         "vld3.8 {d0, d1, d2}, [%[s]]!\n"
+                         "vswp d0, d2\n"
+                         "subs %[left], %[left], #8\n"
+                         "vst4.8 {d0, d1, d2, d3}, [%[d]]!\n"
+                         "bgt 1b\n" PALVET_MCA_TEXT_END("rgb24-rgb32-swap")
+                         : [s] "+r"(s), [d] "+r"(d), [left] "+r"(left)
+                         :
+                         : "cc", "memory", "d0", "d1", "d2", "d3");
+        } else {
+            asm volatile("vmov.u8 d3, #255\n"
+                         "1:\n" PALVET_MCA_TEXT_BEGIN("rgb24-rgb32")
+                         "vld3.8 {d0, d1, d2}, [%[s]]!\n"
+                         "subs %[left], %[left], #8\n"
+                         "vst4.8 {d0, d1, d2, d3}, [%[d]]!\n"
+                         "bgt 1b\n" PALVET_MCA_TEXT_END("rgb24-rgb32")
+                         : [s] "+r"(s), [d] "+r"(d), [left] "+r"(left)
+                         :
+                         : "cc", "memory", "d0", "d1", "d2", "d3");
+        }
     }
-    Rgb24ToRgb32RowScalar(src + 3 * i, dst + 4 * i, n - i, swap);
+    Rgb24ToRgb32RowScalar(src + 3 * steps, dst + 4 * steps, n - steps, swap);
 }
 
 void Rgb32ToRgb24RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap)

@@ -11,6 +11,7 @@
 //   Reverse(v)                  lanes 3 2 1 0
 //   Transpose4(a0, a1, a2, a3)  rows of a 4 x 4 block to columns, in place
 
+#include <palvet/core/mca_marker_internal.h>
 #include <palvet/imaging/pixel_kernels_internal.h>
 
 #include <cstddef>
@@ -56,6 +57,7 @@ void Rotate32Tiles(unsigned char const* src, unsigned char* dst, int w, int h, i
         for (std::ptrdiff_t r = 0; r < H4; r += 4) {
             unsigned char const* s = src + r * W * 4;
             for (std::ptrdiff_t c = cs; c < ce; c += 4) {
+                PALVET_MCA_BEGIN("rotate32-90");
                 V a0 = I::Load(s + c * 4);
                 V a1 = I::Load(s + (W + c) * 4);
                 V a2 = I::Load(s + (2 * W + c) * 4);
@@ -68,6 +70,7 @@ void Rotate32Tiles(unsigned char const* src, unsigned char* dst, int w, int h, i
                     I::Store(d + H * 4, a2);
                     I::Store(d + 2 * H * 4, a1);
                     I::Store(d + 3 * H * 4, a0);
+                    PALVET_MCA_END("rotate32-90");
                 } else {
                     I::Transpose4(a0, a1, a2, a3);
                     unsigned char* d = dst + ((W - 1 - c) * H + r) * 4;
