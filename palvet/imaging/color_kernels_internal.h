@@ -146,8 +146,11 @@ struct Kernels {
     }
 
     template <RgbFormat F, ChromaLayout L, bool kStd>
-    static int RgbToYuv(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    static int RgbToYuv(RgbToYuvRow const& rowIn, RgbToYuvForms const& forms)
     {
+        // A copy: stores through the pixel pointers could alias the caller's
+        // record, which would have the pointers reloaded every step.
+        RgbToYuvRow const row = rowIn;
         RgbForms const f(forms);
         constexpr int bytes = Bytes<F>();
         bool const swap = row.swapRB;
@@ -274,8 +277,11 @@ struct Kernels {
     };
 
     template <RgbFormat F, ChromaLayout L, bool kStd>
-    static int YuvToRgb(YuvToRgbRow const& row, YuvToRgbForms const& forms)
+    static int YuvToRgb(YuvToRgbRow const& rowIn, YuvToRgbForms const& forms)
     {
+        // A copy: stores through the pixel pointers could alias the caller's
+        // record, which would have the pointers reloaded every step.
+        YuvToRgbRow const row = rowIn;
         YuvForms const f(forms);
         constexpr int bytes = Bytes<F>();
         bool const swap = row.swapRB;
@@ -296,7 +302,8 @@ struct Kernels {
             auto const run = [&](auto rowCount) {
                 constexpr int kRows = decltype(rowCount)::value;
                 for (; x + 2 * N <= row.width; x += 2 * N) {
-                    PALVET_MCA_BEGIN("yuv-rgb");
+                    if constexpr (kRows == 2)
+                        PALVET_MCA_BEGIN("yuv-rgb");
                     V cr, cg, cb;
                     f.template Chroma<kStd>(I::Sub(I::LoadU8(row.u + x / 2), c128),
                                             I::Sub(I::LoadU8(row.v + x / 2), c128), cr, cg, cb);
@@ -315,7 +322,8 @@ struct Kernels {
                                            I::Add(yb, cbs[h]));
                         }
                     }
-                    PALVET_MCA_END("yuv-rgb");
+                    if constexpr (kRows == 2)
+                        PALVET_MCA_END("yuv-rgb");
                 }
             };
             if (rows == 2)
@@ -342,8 +350,11 @@ struct Kernels {
     // Standard layout: red has only a V term and blue only a U term, so one
     // evaluation serves both, U lanes for blue and V lanes for red.
     template <RgbFormat F, bool kYvy, bool kAlpha>
-    static int PackedStd(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    static int PackedStd(PackedToRgbRow const& rowIn, YuvToRgbForms const& forms)
     {
+        // A copy: stores through the pixel pointers could alias the caller's
+        // record, which would have the pointers reloaded every step.
+        PackedToRgbRow const row = rowIn;
         YuvForms const f(forms);
         V const rbR = Alternate(forms.mub.kRnd, forms.mvr.kRnd, kYvy);
         V const rbF = Alternate(forms.mub.kFlr, forms.mvr.kFlr, kYvy);
@@ -378,8 +389,11 @@ struct Kernels {
     // One evaluation with alternating constants gives each lane its own term;
     // adding the neighbour lane gives both pixels of a pair their sum.
     template <RgbFormat F>
-    static int PackedGeneral(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    static int PackedGeneral(PackedToRgbRow const& rowIn, YuvToRgbForms const& forms)
     {
+        // A copy: stores through the pixel pointers could alias the caller's
+        // record, which would have the pointers reloaded every step.
+        PackedToRgbRow const row = rowIn;
         YuvForms const f(forms);
         bool const yvy = row.yvy;
         Form const fr = I::MakeForm(yvy ? forms.vr : forms.ur, yvy ? forms.ur : forms.vr, forms.shift);

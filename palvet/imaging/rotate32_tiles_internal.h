@@ -27,10 +27,12 @@ inline void RotateOne32(unsigned char const* src, unsigned char* dst, std::ptrdi
     StoreU32(dst + to * 4, LoadU32(src + (r * W + c) * 4));
 }
 
+template <class I, int kDegrees>
+void Rotate32Quarter(unsigned char const* src, unsigned char* dst, std::ptrdiff_t W, std::ptrdiff_t H);
+
 template <class I>
 void Rotate32Tiles(unsigned char const* src, unsigned char* dst, int w, int h, int degrees)
 {
-    using V = typename I::V;
     if (w < 1 || h < 1)
         return;
     std::ptrdiff_t const W = w, H = h;
@@ -49,6 +51,19 @@ void Rotate32Tiles(unsigned char const* src, unsigned char* dst, int w, int h, i
     if (degrees != 90 && degrees != 270)
         return;
 
+    if (degrees == 90)
+        Rotate32Quarter<I, 90>(src, dst, W, H);
+    else
+        Rotate32Quarter<I, 270>(src, dst, W, H);
+}
+
+// The 90 and 270 degree walks, the angle fixed so that the block loop has
+// no test in it.
+template <class I, int kDegrees>
+void Rotate32Quarter(unsigned char const* src, unsigned char* dst, std::ptrdiff_t W, std::ptrdiff_t H)
+{
+    using V = typename I::V;
+    int const degrees = kDegrees;
     std::ptrdiff_t const H4 = H & ~std::ptrdiff_t(3), W4 = W & ~std::ptrdiff_t(3);
     // Column strips keep the rows being written few enough to stay cached.
     constexpr std::ptrdiff_t kStrip = 32;
@@ -57,12 +72,13 @@ void Rotate32Tiles(unsigned char const* src, unsigned char* dst, int w, int h, i
         for (std::ptrdiff_t r = 0; r < H4; r += 4) {
             unsigned char const* s = src + r * W * 4;
             for (std::ptrdiff_t c = cs; c < ce; c += 4) {
-                PALVET_MCA_BEGIN("rotate32-90");
+                if constexpr (kDegrees == 90)
+                    PALVET_MCA_BEGIN("rotate32-90");
                 V a0 = I::Load(s + c * 4);
                 V a1 = I::Load(s + (W + c) * 4);
                 V a2 = I::Load(s + (2 * W + c) * 4);
                 V a3 = I::Load(s + (3 * W + c) * 4);
-                if (degrees == 90) {
+                if constexpr (kDegrees == 90) {
                     // Rows enter reversed so each output row runs bottom-up.
                     I::Transpose4(a3, a2, a1, a0);
                     unsigned char* d = dst + (c * H + (H - 4 - r)) * 4;
