@@ -28,13 +28,11 @@ struct PtrArrayAccess {
     // As SetFindData, for indexes known to be positions.
     static void RecordFindInRange(CPtrArrayCtrl& a, int start, int backward, int forward)
     {
-        // Repeated lookups leave the state as it was; not writing it spares
-        // the store buffer.
-        if (a.m_findStart != start || a.m_findBackward != backward || a.m_findForward != forward) {
-            a.m_findStart = start;
-            a.m_findBackward = backward;
-            a.m_findForward = forward;
-        }
+        // Stored unconditionally: a test of the old values would be a branch
+        // on loaded data, mispredicted whenever lookups move around.
+        a.m_findStart = start;
+        a.m_findBackward = backward;
+        a.m_findForward = forward;
     }
     // As SetFindData.
     static void RecordFind(CPtrArrayCtrl& a, int start, int backward, int forward)
@@ -267,8 +265,8 @@ struct Bucket {
         __m128i const t = _mm_set1_epi32(static_cast<int>(tag));
         __m128i const lo = _mm_cmpeq_epi32(_mm_loadu_si128(reinterpret_cast<__m128i const*>(tags)), t);
         __m128i const hi = _mm_cmpeq_epi32(_mm_loadu_si128(reinterpret_cast<__m128i const*>(tags + 4)), t);
-        return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(lo))) |
-               static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(hi))) << 4;
+        __m128i const words = _mm_packs_epi32(lo, hi);
+        return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(words, words))) & 0xFF;
 #else
         unsigned bits = 0;
         for (int j = 0; j < kTagGroup; ++j)
@@ -277,16 +275,53 @@ struct Bucket {
 #endif
     }
 
-    // Bit j set where entry j (j < n <= 64) has the key.
+    // As four GroupMasks at tags, tags + 8, tags + 16 and tags + 24. The
+    // compare results are narrowed to bytes before the mask is taken: fewer
+    // instructions than four separate groups, which matters because a
+    // lookup's cost is how many lookups the processor can keep in flight.
+    static std::uint32_t QuadGroupMask(std::uint32_t const* tags, std::uint32_t tag)
+    {
+#if defined(__SSE2__)
+        __m128i const t = _mm_set1_epi32(static_cast<int>(tag));
+        auto const eq = [&](int at) {
+            return _mm_cmpeq_epi32(_mm_loadu_si128(reinterpret_cast<__m128i const*>(tags + at)), t);
+        };
+        __m128i const b0 = _mm_packs_epi16(_mm_packs_epi32(eq(0), eq(4)), _mm_packs_epi32(eq(8), eq(12)));
+        __m128i const b1 = _mm_packs_epi16(_mm_packs_epi32(eq(16), eq(20)), _mm_packs_epi32(eq(24), eq(28)));
+        return static_cast<std::uint32_t>(_mm_movemask_epi8(b0)) |
+               static_cast<std::uint32_t>(_mm_movemask_epi8(b1)) << 16;
+#else
+        std::uint32_t bits = 0;
+        for (int g = 0; g < 4; ++g)
+            bits |= static_cast<std::uint32_t>(GroupMask(tags + g * kTagGroup, tag)) << (g * kTagGroup);
+        return bits;
+#endif
+    }
+
+    // Bit j set where entry j (j < n <= 64) has the key. The group count
+    // depends on loaded data, so it is kept to two shapes whose choice is
+    // stable for a given table: a single group, or four groups at once (a
+    // bucket of more than eight entries has room for the 128-byte read). A loop whose trip count followed n
+    // would mispredict on most lookups, and each misprediction throws away
+    // the lookups already started behind it.
     PALVET_HOT_INLINE static std::uint64_t MatchMask(CPtrArrayCtrl* a, int n, Key const& key)
     {
         std::uint32_t const* const tags = Tags(a);
         std::uint32_t const tag = Traits::Tag(key);
-        std::uint64_t m = 0;
-        for (int g = 0; g < n; g += kTagGroup)
-            m |= static_cast<std::uint64_t>(GroupMask(tags + g, tag)) << g;
-        if (n < 64)
-            m &= (std::uint64_t{1} << n) - 1;
+        std::uint64_t m;
+        if (n <= kTagGroup) {
+            m = GroupMask(tags, tag);
+        } else if (n <= 4 * kTagGroup) {
+            static_assert(4 * kTagGroup * sizeof(std::uint32_t) <= (kTagGroup + 1) * (sizeof(Entry) + sizeof(void const*)),
+                          "four groups fit in a block of more than eight entries");
+            m = QuadGroupMask(tags, tag);
+        } else {
+            m = 0;
+            for (int g = 0; g < n; g += kTagGroup)
+                m |= static_cast<std::uint64_t>(GroupMask(tags + g, tag)) << g;
+        }
+        // Keeps bits below n; shifting twice keeps n == 64 defined.
+        m &= ~((~std::uint64_t{0} << 1) << (n - 1));
         if (!Traits::kTagDecides) {
             Entry const* const records = Records(a);
             for (std::uint64_t rest = m; rest != 0; rest &= rest - 1) {
@@ -303,14 +338,16 @@ struct Bucket {
     // find state it would leave. Forward probe i (from the cursor c) comes
     // before backward probe i, so the nearer direction wins and forward wins
     // ties. Kept free of branches where it can be: a table lookup is bound
-    // by how many lookups overlap their cache misses, and that falls with
-    // every instruction. r has bit i for position c + i (mod n): forward
-    // distance i, backward distance n - i.
+    // by how many lookups overlap their cache misses, and a mispredicted
+    // branch on loaded data discards the ones behind it. r has bit i for
+    // position c + i (mod n): forward distance i, backward distance n - i.
     PALVET_HOT_INLINE static int FindFirstMasked(CPtrArrayCtrl* a, int n, int c, Key const& key)
     {
         std::uint64_t const m = MatchMask(a, n, key);
-        std::uint64_t const all = n == 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << n) - 1;
-        std::uint64_t const r = c == 0 ? m : ((m >> c) | (m << (n - c))) & all;
+        // Rotating right by c within n bits; the left shift is split so that
+        // c == 0 needs no case of its own.
+        std::uint64_t const all = ~((~std::uint64_t{0} << 1) << (n - 1));
+        std::uint64_t const r = ((m >> c) | ((m << 1) << (n - c - 1))) & all;
         if (r == 0) {
             int const last = (n + 2) / 2 - 1;  // the final probe distance
             int b = c - last, f = c + last;
@@ -320,15 +357,24 @@ struct Bucket {
             return -1;
         }
         int const fwd = __builtin_ctzll(r);
-        std::uint64_t const rb = r & ~std::uint64_t{1};
-        int const back = rb != 0 ? n - (63 - __builtin_clzll(rb)) : n;
-        bool const forward = fwd <= back;
-        int f = c + (forward ? fwd : back);
-        f -= f >= n ? n : 0;
-        int b = c - (forward ? (fwd > 0 ? fwd - 1 : 0) : back);
-        b += b < 0 ? n : 0;
+        // Bit 0 set keeps clz defined; it stands for "no backward match".
+        std::uint64_t const rb = (r & ~std::uint64_t{1}) | 1;
+        int const top = 63 - __builtin_clzll(rb);
+        int const back = n - top;  // n when no backward match
+        // Which direction wins is a coin toss for lookups in no particular
+        // order, so the choices below are masks, not conditions the compiler
+        // could turn into branches. When forward wins at fwd, the backward
+        // search stopped one short of it; when backward wins at back, the
+        // forward search went as far.
+        int const forward = -static_cast<int>(fwd <= back);
+        int const forwardReach = back + ((fwd - back) & forward);
+        int const backwardReach = back + ((fwd - (fwd != 0) - back) & forward);
+        int f = c + forwardReach;
+        f -= n & -static_cast<int>(f >= n);
+        int b = c - backwardReach;
+        b += n & (b >> 31);
         PtrArrayAccess::RecordFindInRange(*a, c, b, f);
-        return forward ? f : b;
+        return b + ((f - b) & forward);
     }
 
     // As RemoveAt, for the tags.
@@ -376,9 +422,7 @@ struct Bucket {
     // The record at pos, made current as GetAt does.
     static Entry& At(CPtrArrayCtrl* a, int pos)
     {
-        int& cursor = PtrArrayAccess::Cursor(*a);
-        if (cursor != pos)
-            cursor = pos;
+        PtrArrayAccess::Cursor(*a) = pos;
         return Records(a)[pos];
     }
 
