@@ -312,7 +312,10 @@ struct Bucket {
         if (n <= kTagGroup) {
             m = GroupMask(tags, tag);
         } else if (n <= 4 * kTagGroup) {
-            static_assert(4 * kTagGroup * sizeof(std::uint32_t) <= (kTagGroup + 1) * (sizeof(Entry) + sizeof(void const*)),
+            // Capacities are powers of two (1, then doubled), so more than
+            // eight entries means room for at least sixteen.
+            static_assert(4 * kTagGroup * sizeof(std::uint32_t) <=
+                              2 * kTagGroup * (sizeof(std::uint32_t) + sizeof(Entry) + sizeof(void const*)),
                           "four groups fit in a block of more than eight entries");
             m = QuadGroupMask(tags, tag);
         } else {

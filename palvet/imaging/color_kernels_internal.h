@@ -27,6 +27,9 @@
 //   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
 //   LoadRgb24 / StoreRgb24 / StoreArgb   N interleaved pixels (stores saturate)
 //   SplitPairs / JoinPairs               interleaved bytes <-> two planes
+// and optionally, where a hand-scheduled loop pays:
+//   PackedArgbConstants, PackedStdArgb<kYvy, kAlpha>(...)   PackedStd's
+//                        ARGB32 loop with the luma multiplier below 256
 
 #include <palvet/core/mca_marker_internal.h>
 #include <palvet/imaging/color_conversion_internal.h>
@@ -39,6 +42,11 @@
 
 namespace palvet::detail {
 namespace {
+
+template <class T, class = void>
+struct HasPackedStdArgb : std::false_type {};
+template <class T>
+struct HasPackedStdArgb<T, std::void_t<typename T::PackedArgbConstants>> : std::true_type {};
 
 template <class I>
 struct Kernels {
@@ -363,10 +371,31 @@ struct Kernels {
         int const mulShift = forms.mulShift;
         constexpr int bytes = Bytes<F>();
         int const width = row.pairs * 2;
+        constexpr bool kOwnLoop = F == RgbFormat::Argb32 && HasPackedStdArgb<I>::value;
+        if constexpr (kOwnLoop) {
+            if (forms.lumaForm.m <= 255) {
+                typename I::PackedArgbConstants k;
+                I::StoreU16(k.rbR, rbR);
+                I::StoreU16(k.rbF, rbF);
+                I::StoreU16(k.gR, gR);
+                I::StoreU16(k.gF, gF);
+                I::StoreU16(k.mulShift, I::Set1(mulShift));
+                I::StoreU16(k.lumaB, I::Set1(forms.lumaForm.b));
+                I::StoreU16(k.lumaShift, I::Set1(-forms.lumaForm.shift));
+                for (int i = 0; i < 16; ++i)
+                    k.below[i] = forms.lumaForm.below[i];
+                for (int i = 0; i < 8; ++i) {
+                    k.lumaM[i] = static_cast<unsigned char>(forms.lumaForm.m);
+                    k.c128[i] = 128;
+                }
+                return I::template PackedStdArgb<kYvy, kAlpha>(row.src, row.dst, row.alpha, width / N, k) * N;
+            }
+        }
         V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
         int x = 0;
         for (; x + N <= width; x += N) {
-            PALVET_MCA_BEGIN("packed-std");
+            if constexpr (!kOwnLoop)
+                PALVET_MCA_BEGIN("packed-std");
             V const w = I::LoadU16(row.src + 2 * x);
             V const dc = I::Sub(I::template SrlI<8>(w), c128);
             V const a = I::Sll(I::Abs(dc), mulShift), m = I::NegMask(dc);
@@ -381,7 +410,8 @@ struct Kernels {
             f.template Luma<true>(I::And(w, lowByte), yr, yg, yb);
             StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Sub(yg, ng), I::Add(yb, eb),
                            kAlpha ? I::LoadU8(row.alpha + x) : opaque);
-            PALVET_MCA_END("packed-std");
+            if constexpr (!kOwnLoop)
+                PALVET_MCA_END("packed-std");
         }
         return x;
     }

@@ -1,5 +1,6 @@
 // Colour row kernels on 128-bit NEON (32-bit ARM with the NEON unit).
 
+#include <palvet/core/mca_marker_internal.h>
 #include <palvet/imaging/color_conversion_internal.h>
 
 #if defined(__ARM_NEON) || defined(__ARM_NEON__)
@@ -135,6 +136,91 @@ struct Neon {
     {
         uint8x8x4_t const t = {{vqmovun_s16(b), vqmovun_s16(g), vqmovun_s16(r), vqmovun_s16(a)}};
         vst4_u8(p, t);
+    }
+
+    // PackedStd to ARGB32, eight pixels a step, scheduled by hand: written
+    // with intrinsics the loop spills and reloads its constants and moves
+    // structure registers about every step. Same arithmetic: the chroma
+    // bytes come apart from the luma with one deinterleaving load, and the
+    // luma multiplier, below 256 here, widens straight from bytes.
+    struct PackedArgbConstants {
+        alignas(16) unsigned char rbR[16], rbF[16], gR[16], gF[16];  // 16-bit lanes
+        alignas(16) unsigned char mulShift[16], lumaB[16], lumaShift[16];
+        alignas(16) unsigned char below[16];
+        unsigned char lumaM[8], c128[8];
+    };
+
+    template <bool kYvy, bool kAlpha>
+    static int PackedStdArgb(unsigned char const* src, unsigned char* dst, unsigned char const* alpha, int steps,
+                             PackedArgbConstants const& k)
+    {
+        if (steps <= 0)
+            return 0;
+        int left = steps;
+        unsigned char const* kp = k.rbR;
+        // q8-q11 chroma constants, q12 chroma shift, q13 luma offset, q14 luma
+        // shift (negative: right), d30-d31 the table below 16, d14 the luma
+        // multiplier, d15 128; d3 the alpha bytes. After the transpose q5 has
+        // the even lanes' terms twice, q6 the odd lanes': U's term (blue) and
+        // V's (red) for YUYV, the other way round for YVYU.
+#define PALVET_PACKED_STD_ARGB(blue, red, alphaLoad)                                                          \
+    asm volatile("vld1.8 {d16-d19}, [%[kp]:128]!\n"                                                           \
+                 "vld1.8 {d20-d23}, [%[kp]:128]!\n"                                                           \
+                 "vld1.8 {d24-d27}, [%[kp]:128]!\n"                                                           \
+                 "vld1.8 {d28-d31}, [%[kp]:128]!\n"                                                           \
+                 "vld1.8 {d14-d15}, [%[kp]]\n"                                                                \
+                 "vmov.u8 d3, #255\n"                                                                         \
+                 "1:\n" PALVET_MCA_TEXT_BEGIN("packed-std")                                                   \
+                 "vld2.8 {d4, d5}, [%[src]]!\n"                                                               \
+                 "vsubl.u8 q3, d5, d15\n"                                                                     \
+                 "vabs.s16 q4, q3\n"                                                                          \
+                 "vclt.s16 q3, q3, #0\n"                                                                      \
+                 "vshl.s16 q4, q4, q12\n"                                                                     \
+                 "vqrdmulh.s16 q5, q4, q8\n"                                                                  \
+                 "vqdmulh.s16 q6, q4, q9\n"                                                                   \
+                 "vneg.s16 q6, q6\n"                                                                          \
+                 "vbit q5, q6, q3\n"                                                                          \
+                 "vqrdmulh.s16 q6, q4, q10\n"                                                                 \
+                 "vqdmulh.s16 q4, q4, q11\n"                                                                  \
+                 "vneg.s16 q6, q6\n"                                                                          \
+                 "vbit q4, q6, q3\n"                                                                          \
+                 "vrev32.16 q6, q4\n"                                                                         \
+                 "vadd.i16 q4, q4, q6\n"                                                                      \
+                 "vmov q6, q5\n"                                                                              \
+                 "vtrn.16 q5, q6\n"                                                                           \
+                 "vmull.u8 q3, d4, d14\n"                                                                     \
+                 "vqsub.u16 q3, q3, q13\n"                                                                    \
+                 "vshl.u16 q3, q3, q14\n"                                                                     \
+                 "vtbl.8 d0, {d30, d31}, d4\n"                                                                \
+                 "vsubw.u8 q3, q3, d0\n"                                                                      \
+                 "vadd.i16 q5, q3, q5\n"                                                                      \
+                 "vsub.i16 q4, q3, q4\n"                                                                      \
+                 "vadd.i16 q6, q3, q6\n"                                                                      \
+                 "vqmovun.s16 d0, " blue "\n"                                                                 \
+                 "vqmovun.s16 d1, q4\n"                                                                       \
+                 "vqmovun.s16 d2, " red "\n" alphaLoad "subs %[left], %[left], #1\n"                        \
+                 "vst4.8 {d0, d1, d2, d3}, [%[dst]]!\n"                                                       \
+                 "bgt 1b\n" PALVET_MCA_TEXT_END("packed-std")                                                 \
+                 : [src] "+r"(src), [dst] "+r"(dst), [a] "+r"(alpha), [left] "+r"(left), [kp] "+r"(kp)      \
+                 :                                                                                            \
+                 : "cc", "memory", "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d8", "d9", "d10", "d11",  \
+                   "d12", "d13", "d14", "d15", "d16", "d17", "d18", "d19", "d20", "d21", "d22", "d23", "d24",  \
+                   "d25", "d26", "d27", "d28", "d29", "d30", "d31")
+#define PALVET_ALPHA_LOAD "vld1.8 {d3}, [%[a]]!\n"
+        if constexpr (kYvy) {
+            if constexpr (kAlpha)
+                PALVET_PACKED_STD_ARGB("q6", "q5", PALVET_ALPHA_LOAD);
+            else
+                PALVET_PACKED_STD_ARGB("q6", "q5", "");
+        } else {
+            if constexpr (kAlpha)
+                PALVET_PACKED_STD_ARGB("q5", "q6", PALVET_ALPHA_LOAD);
+            else
+                PALVET_PACKED_STD_ARGB("q5", "q6", "");
+        }
+#undef PALVET_ALPHA_LOAD
+#undef PALVET_PACKED_STD_ARGB
+        return steps;
     }
 
     static int SplitPairs(unsigned char const* src, unsigned char* even, unsigned char* odd, int pairs)

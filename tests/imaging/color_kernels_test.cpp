@@ -83,6 +83,13 @@ std::vector<Case> Cases()
     c.push_back({"YVY2ToARGB32", PackedSize, ArgbSize, [](int w, int h, unsigned char const* s, unsigned char* d) {
                      YVY2ToARGB32(w, h, s, d, w * 4 + 4, 1, nullptr, 0);
                  }});
+    // Both byte orders with and without an alpha plane.
+    c.push_back({"YUY2ToARGB32 opaque", PackedSize, ArgbSize, [](int w, int h, unsigned char const* s, unsigned char* d) {
+                     YUY2ToARGB32(w, h, s, d, w * 4, 0, nullptr, 0);
+                 }});
+    c.push_back({"YVY2ToARGB32 alpha", PackedSize, ArgbSize, [](int w, int h, unsigned char const* s, unsigned char* d) {
+                     YVY2ToARGB32(w, h, s, d, w * 4, 0, s + 1, w / 2 * 4);
+                 }});
     for (int vu = 0; vu < 2; ++vu) {
         c.push_back({"YUV420SPToYUV420", SpSize, SpSize,
                      [vu](int w, int h, unsigned char const* s, unsigned char* d) { YUV420SPToYUV420(w, h, s, d, vu); }});
