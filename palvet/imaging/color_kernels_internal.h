@@ -30,6 +30,8 @@
 // and optionally, where a hand-scheduled loop pays:
 //   PackedArgbConstants, PackedStdArgb<kYvy, kAlpha>(...)   PackedStd's
 //                        ARGB32 loop with the luma multiplier below 256
+//   YuvRgb24Constants, YuvStdRgb24Pair<kSwap>(...)   YuvToRgb's 24-bit,
+//                        4:2:0, two-row loop, the same multiplier limit
 
 #include <palvet/core/mca_marker_internal.h>
 #include <palvet/imaging/color_conversion_internal.h>
@@ -47,6 +49,11 @@ template <class T, class = void>
 struct HasPackedStdArgb : std::false_type {};
 template <class T>
 struct HasPackedStdArgb<T, std::void_t<typename T::PackedArgbConstants>> : std::true_type {};
+
+template <class T, class = void>
+struct HasYuvStdRgb24Pair : std::false_type {};
+template <class T>
+struct HasYuvStdRgb24Pair<T, std::void_t<typename T::YuvRgb24Constants>> : std::true_type {};
 
 template <class I>
 struct Kernels {
@@ -290,6 +297,31 @@ struct Kernels {
         // A copy: stores through the pixel pointers could alias the caller's
         // record, which would have the pointers reloaded every step.
         YuvToRgbRow const row = rowIn;
+        constexpr bool kOwnLoop =
+            F == RgbFormat::Rgb24 && L == ChromaLayout::C420 && kStd && HasYuvStdRgb24Pair<I>::value;
+        if constexpr (kOwnLoop) {
+            if (row.y[1] != nullptr && forms.lumaForm.m <= 255) {
+                typename I::YuvRgb24Constants k;
+                MulForm const* const terms[4] = {&forms.mvr, &forms.mug, &forms.mvg, &forms.mub};
+                for (int t = 0; t < 4; ++t) {
+                    I::StoreU16(k.terms[t][0], I::Set1(terms[t]->kRnd));
+                    I::StoreU16(k.terms[t][1], I::Set1(terms[t]->kFlr));
+                }
+                I::StoreU16(k.mulShift, I::Set1(forms.mulShift));
+                I::StoreU16(k.lumaB, I::Set1(forms.lumaForm.b));
+                I::StoreU16(k.lumaShift, I::Set1(-forms.lumaForm.shift));
+                for (int i = 0; i < 16; ++i)
+                    k.below[i] = forms.lumaForm.below[i];
+                for (int i = 0; i < 8; ++i)
+                    k.lumaM[i] = static_cast<unsigned char>(forms.lumaForm.m);
+                int const steps = row.width / (2 * N);
+                if (row.swapRB)
+                    I::template YuvStdRgb24Pair<true>(row, steps, k);
+                else
+                    I::template YuvStdRgb24Pair<false>(row, steps, k);
+                return steps * 2 * N;
+            }
+        }
         YuvForms const f(forms);
         constexpr int bytes = Bytes<F>();
         bool const swap = row.swapRB;
@@ -310,7 +342,7 @@ struct Kernels {
             auto const run = [&](auto rowCount) {
                 constexpr int kRows = decltype(rowCount)::value;
                 for (; x + 2 * N <= row.width; x += 2 * N) {
-                    if constexpr (kRows == 2)
+                    if constexpr (kRows == 2 && !kOwnLoop)
                         PALVET_MCA_BEGIN("yuv-rgb");
                     V cr, cg, cb;
                     f.template Chroma<kStd>(I::Sub(I::LoadU8(row.u + x / 2), c128),
@@ -330,7 +362,7 @@ struct Kernels {
                                            I::Add(yb, cbs[h]));
                         }
                     }
-                    if constexpr (kRows == 2)
+                    if constexpr (kRows == 2 && !kOwnLoop)
                         PALVET_MCA_END("yuv-rgb");
                 }
             };

@@ -223,6 +223,113 @@ struct Neon {
         return steps;
     }
 
+    // YuvToRgb's standard 4:2:0 rows to 24-bit RGB, two image rows and 16
+    // pixels a step, scheduled by hand for the same reasons as PackedStdArgb.
+    // The chroma terms need all sixteen registers at once, so their
+    // constants are loaded afresh each step, then the luma constants.
+    struct YuvRgb24Constants {
+        // Rounding and flooring multipliers (16-bit lanes) of V in red, U and
+        // V in green, U in blue, in that order.
+        alignas(16) unsigned char terms[4][2][16];
+        alignas(16) unsigned char mulShift[16], lumaB[16], lumaShift[16];
+        alignas(16) unsigned char below[16];
+        unsigned char lumaM[8];
+    };
+
+    template <bool kSwap>
+    static void YuvStdRgb24Pair(YuvToRgbRow const& row, int steps, YuvRgb24Constants const& k)
+    {
+        if (steps <= 0)
+            return;
+        unsigned char const *y0 = row.y[0], *y1 = row.y[1], *u = row.u, *v = row.v;
+        unsigned char *d0 = row.dst[0], *d1 = row.dst[1];
+        unsigned char const* const base = k.terms[0][0];
+        unsigned char const* kp;
+        int left = steps;
+        // Chroma: q8/q9 red (V), q10/q11 green U, q12/q13 green V, q14/q15 blue
+        // (U), each rounding then flooring. It leaves red in q2 (pixels 0-7)
+        // and q3 (8-15), green in q7 and q1, blue in q6 and q0. Luma: q8 the
+        // offset, q9 the shift, d20-d21 the table below 16, d22 the
+        // multiplier; q12-q15 work.
+#define PALVET_LUMA_GROUP(yp, dp, cr, cg, cb, first, third)                                                   \
+    "vld1.8 {d23}, [%[" yp "]]!\n"                                                                         \
+    "vmull.u8 q12, d23, d22\n"                                                                             \
+    "vqsub.u16 q12, q12, q8\n"                                                                             \
+    "vshl.u16 q12, q12, q9\n"                                                                              \
+    "vtbl.8 d26, {d20, d21}, d23\n"                                                                        \
+    "vsubw.u8 q12, q12, d26\n"                                                                             \
+    "vadd.i16 q13, q12, " cr "\n"                                                                          \
+    "vadd.i16 q14, q12, " cg "\n"                                                                          \
+    "vadd.i16 q15, q12, " cb "\n"                                                                          \
+    "vqmovun.s16 d24, " first "\n"                                                                         \
+    "vqmovun.s16 d25, q14\n"                                                                               \
+    "vqmovun.s16 d26, " third "\n"                                                                         \
+    "vst3.8 {d24, d25, d26}, [%[" dp "]]!\n"
+#define PALVET_YUV_RGB24(first, third)                                                                      \
+    asm volatile("1:\n" PALVET_MCA_TEXT_BEGIN("yuv-rgb")                                                   \
+                 "mov %[kp], %[base]\n"                                                                    \
+                 "vld1.8 {d16-d19}, [%[kp]:128]!\n"                                                        \
+                 "vld1.8 {d20-d23}, [%[kp]:128]!\n"                                                        \
+                 "vld1.8 {d24-d27}, [%[kp]:128]!\n"                                                        \
+                 "vld1.8 {d28-d31}, [%[kp]:128]!\n"                                                        \
+                 "vld1.8 {d0}, [%[u]]!\n"                                                                  \
+                 "vld1.8 {d1}, [%[v]]!\n"                                                                  \
+                 "vld1.8 {d4-d5}, [%[kp]:128]!\n"                                                          \
+                 "vmov.i8 d6, #128\n"                                                                      \
+                 "vsubl.u8 q4, d0, d6\n"                                                                   \
+                 "vsubl.u8 q5, d1, d6\n"                                                                   \
+                 "vabs.s16 q0, q4\n"                                                                       \
+                 "vabs.s16 q1, q5\n"                                                                       \
+                 "vclt.s16 q4, q4, #0\n"                                                                   \
+                 "vclt.s16 q5, q5, #0\n"                                                                   \
+                 "vshl.s16 q0, q0, q2\n"                                                                   \
+                 "vshl.s16 q1, q1, q2\n"                                                                   \
+                 "vqrdmulh.s16 q2, q1, q8\n"                                                               \
+                 "vqdmulh.s16 q3, q1, q9\n"                                                                \
+                 "vneg.s16 q3, q3\n"                                                                       \
+                 "vbit q2, q3, q5\n"                                                                       \
+                 "vqrdmulh.s16 q6, q0, q14\n"                                                              \
+                 "vqdmulh.s16 q3, q0, q15\n"                                                               \
+                 "vneg.s16 q3, q3\n"                                                                       \
+                 "vbit q6, q3, q4\n"                                                                       \
+                 "vqdmulh.s16 q7, q0, q11\n"                                                               \
+                 "vqrdmulh.s16 q3, q0, q10\n"                                                              \
+                 "vneg.s16 q7, q7\n"                                                                       \
+                 "vbit q7, q3, q4\n"                                                                       \
+                 "vqdmulh.s16 q0, q1, q13\n"                                                               \
+                 "vqrdmulh.s16 q3, q1, q12\n"                                                              \
+                 "vneg.s16 q0, q0\n"                                                                       \
+                 "vbit q0, q3, q5\n"                                                                       \
+                 "vadd.i16 q7, q7, q0\n"                                                                   \
+                 "vmov q3, q2\n"                                                                           \
+                 "vzip.16 q2, q3\n"                                                                        \
+                 "vmov q1, q7\n"                                                                           \
+                 "vzip.16 q7, q1\n"                                                                        \
+                 "vmov q0, q6\n"                                                                           \
+                 "vzip.16 q6, q0\n"                                                                        \
+                 "vld1.8 {d16-d19}, [%[kp]:128]!\n"                                                        \
+                 "vld1.8 {d20-d22}, [%[kp]:64]\n"                                                          \
+                 PALVET_LUMA_GROUP("y0", "d0", "q2", "q7", "q6", first, third)                              \
+                 PALVET_LUMA_GROUP("y0", "d0", "q3", "q1", "q0", first, third)                              \
+                 PALVET_LUMA_GROUP("y1", "d1", "q2", "q7", "q6", first, third)                              \
+                 PALVET_LUMA_GROUP("y1", "d1", "q3", "q1", "q0", first, third)                              \
+                 "subs %[left], %[left], #1\n"                                                             \
+                 "bgt 1b\n" PALVET_MCA_TEXT_END("yuv-rgb")                                                 \
+                 : [y0] "+r"(y0), [y1] "+r"(y1), [u] "+r"(u), [v] "+r"(v), [d0] "+r"(d0), [d1] "+r"(d1),   \
+                   [left] "+r"(left), [kp] "=&r"(kp)                                                       \
+                 : [base] "r"(base)                                                                        \
+                 : "cc", "memory", "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d8", "d9", "d10", "d11",  \
+                   "d12", "d13", "d14", "d15", "d16", "d17", "d18", "d19", "d20", "d21", "d22", "d23", "d24",  \
+                   "d25", "d26", "d27", "d28", "d29", "d30", "d31")
+        // Without the swap the bytes are red, green, blue.
+        if constexpr (kSwap)
+            PALVET_YUV_RGB24("q15", "q13");
+        else
+            PALVET_YUV_RGB24("q13", "q15");
+#undef PALVET_YUV_RGB24
+#undef PALVET_LUMA_GROUP
+    }
+
     static int SplitPairs(unsigned char const* src, unsigned char* even, unsigned char* odd, int pairs)
     {
         int i = 0;
