@@ -96,6 +96,8 @@ void BlendRowArgbNeon(unsigned char* dst, unsigned char const* src, int n)
         int16x8_t const sa = vreinterpretq_s16_u16(sa16);
         uint8x8_t const keep = vceq_u8(s.val[3], vdup_n_u8(0));
         uint8x8x4_t out;
+        // Unrolled: as a loop the channels went through the stack.
+#pragma GCC unroll 3
         for (int c = 0; c < 3; ++c)
             out.val[c] = vbsl_u8(keep, d.val[c], BlendChannel(s.val[c], d.val[c], sa, rcpLo, rcpHi));
         out.val[3] = vbsl_u8(keep, d.val[3], vmovn_u16(outA));
