@@ -85,22 +85,24 @@ void BlendRowArgbNeon(unsigned char* dst, unsigned char const* src, int n)
             continue;
         PALVET_MCA_BEGIN("blend");
         uint8x8x4_t const d = vld4_u8(dst + 4 * i);
-        uint16x8_t const sa16 = vmovl_u8(s.val[3]);
         uint16x8_t const x = vmull_u8(s.val[3], d.val[3]);
-        // x / 255 for x <= 65025 is (x + (x >> 8) + 1) >> 8.
-        uint16x8_t const a = vshrq_n_u16(vaddq_u16(vaddq_u16(x, vshrq_n_u16(x, 8)), vdupq_n_u16(1)), 8);
-        uint16x8_t const outA = vsubq_u16(vaddq_u16(sa16, vmovl_u8(d.val[3])), a);
-        // outA is 0 only where both alphas are 0; those pixels keep d below.
-        float32x4_t const rcpLo = Reciprocal(vcvtq_f32_u32(vmovl_u16(vget_low_u16(outA))));
-        float32x4_t const rcpHi = Reciprocal(vcvtq_f32_u32(vmovl_u16(vget_high_u16(outA))));
-        int16x8_t const sa = vreinterpretq_s16_u16(sa16);
-        uint8x8_t const keep = vceq_u8(s.val[3], vdup_n_u8(0));
+        // x / 255 for x <= 65025 is (x + 1 + (x >> 8)) >> 8.
+        uint8x8_t const a = vshrn_n_u16(vsraq_n_u16(vaddq_u16(x, vdupq_n_u16(1)), x, 8), 8);
+        // sa + da - a is at most 255, so byte arithmetic gives it exactly.
+        uint8x8_t const outA = vsub_u8(vadd_u8(s.val[3], d.val[3]), a);
+        uint16x8_t const outA16 = vmovl_u8(outA);
+        float32x4_t const rcpLo = Reciprocal(vcvtq_f32_u32(vmovl_u16(vget_low_u16(outA16))));
+        float32x4_t const rcpHi = Reciprocal(vcvtq_f32_u32(vmovl_u16(vget_high_u16(outA16))));
+        int16x8_t const sa = vreinterpretq_s16_u16(vmovl_u8(s.val[3]));
+        // No selection for sa == 0, where d must stay: the numerator is 0,
+        // and 0 times the reciprocal (infinite when da is 0 too, giving NaN)
+        // converts to 0; outA is then da.
         uint8x8x4_t out;
         // Unrolled: as a loop the channels went through the stack.
 #pragma GCC unroll 3
         for (int c = 0; c < 3; ++c)
-            out.val[c] = vbsl_u8(keep, d.val[c], BlendChannel(s.val[c], d.val[c], sa, rcpLo, rcpHi));
-        out.val[3] = vbsl_u8(keep, d.val[3], vmovn_u16(outA));
+            out.val[c] = BlendChannel(s.val[c], d.val[c], sa, rcpLo, rcpHi);
+        out.val[3] = outA;
         vst4_u8(dst + 4 * i, out);
         PALVET_MCA_END("blend");
     }

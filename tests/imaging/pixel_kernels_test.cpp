@@ -69,22 +69,28 @@ TEST(PixelKernels, EveryBlendRowGivesKnownPixels)
 TEST(PixelKernels, EveryBlendRowFollowsTheFormula)
 {
     // Every alpha pair with every colour difference of either sign; 263
-    // pixels leave a tail for the narrower paths and the scalar loop.
+    // pixels leave a tail for the narrower paths and the scalar loop. The
+    // second pass scatters clear pixels through both rows, so that vector
+    // steps meet them among translucent ones.
     int const n = 263;
     for (Kernel const& k : BlendKernels()) {
         imaging_test::Bytes src(4 * n), dst(4 * n), want(4 * n);
-        for (std::uint32_t da = 0; da < 256; ++da) {
-            for (std::uint32_t sa = 0; sa < 256; ++sa) {
-                for (int i = 0; i < n; ++i) {
-                    std::uint32_t const c = static_cast<std::uint32_t>(i) & 255;
-                    std::uint32_t const s = sa << 24 | (c ^ 0x5A) << 16 | (255 - c) << 8 | c;
-                    std::uint32_t const d = da << 24 | c << 16 | 255 << 8 | (c * 7 & 255);
-                    imaging_test::PutWord(src, 4 * i, s);
-                    imaging_test::PutWord(dst, 4 * i, d);
-                    imaging_test::PutWord(want, 4 * i, imaging_test::ExpectedBlend(d, s));
+        for (int scatter = 0; scatter < 2; ++scatter) {
+            for (std::uint32_t da = 0; da < 256; ++da) {
+                for (std::uint32_t sa = 0; sa < 256; ++sa) {
+                    for (int i = 0; i < n; ++i) {
+                        std::uint32_t const c = static_cast<std::uint32_t>(i) & 255;
+                        std::uint32_t const sai = scatter && i % 3 == 1 ? 0 : sa;
+                        std::uint32_t const dai = scatter && i % 5 == 2 ? 0 : da;
+                        std::uint32_t const s = sai << 24 | (c ^ 0x5A) << 16 | (255 - c) << 8 | c;
+                        std::uint32_t const d = dai << 24 | c << 16 | 255 << 8 | (c * 7 & 255);
+                        imaging_test::PutWord(src, 4 * i, s);
+                        imaging_test::PutWord(dst, 4 * i, d);
+                        imaging_test::PutWord(want, 4 * i, imaging_test::ExpectedBlend(d, s));
+                    }
+                    k.row(dst.data(), src.data(), n);
+                    ASSERT_EQ(dst, want) << k.name << " sa=" << sa << " da=" << da << " scatter=" << scatter;
                 }
-                k.row(dst.data(), src.data(), n);
-                ASSERT_EQ(dst, want) << k.name << " sa=" << sa << " da=" << da;
             }
         }
     }
