@@ -88,7 +88,8 @@ std::vector<Case> Cases()
                      YUY2ToARGB32(w, h, s, d, w * 4, 0, nullptr, 0);
                  }});
     c.push_back({"YVY2ToARGB32 alpha", PackedSize, ArgbSize, [](int w, int h, unsigned char const* s, unsigned char* d) {
-                     YVY2ToARGB32(w, h, s, d, w * 4, 0, s + 1, w / 2 * 4);
+                     // An empty frame has no bytes at all, hence no plane either.
+                     YVY2ToARGB32(w, h, s, d, w * 4, 0, s != nullptr ? s + 1 : nullptr, w / 2 * 4);
                  }});
     for (int vu = 0; vu < 2; ++vu) {
         c.push_back({"YUV420SPToYUV420", SpSize, SpSize,
