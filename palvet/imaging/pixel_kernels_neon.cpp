@@ -19,14 +19,15 @@ namespace {
 // the integer result.
 inline uint8x8_t BlendChannel(uint8x8_t sc, uint8x8_t dc, int16x8_t sa, float32x4_t rcpLo, float32x4_t rcpHi)
 {
-    int16x8_t const dc16 = vreinterpretq_s16_u16(vmovl_u8(dc));
-    int16x8_t const diff = vsubq_s16(vreinterpretq_s16_u16(vmovl_u8(sc)), dc16);
+    int16x8_t const diff = vreinterpretq_s16_u16(vsubl_u8(sc, dc));
     float32x4_t const nLo = vcvtq_f32_s32(vmull_s16(vget_low_s16(diff), vget_low_s16(sa)));
     float32x4_t const nHi = vcvtq_f32_s32(vmull_s16(vget_high_s16(diff), vget_high_s16(sa)));
     int32x4_t const qLo = vcvtq_s32_f32(vmulq_f32(nLo, rcpLo));
     int32x4_t const qHi = vcvtq_s32_f32(vmulq_f32(nHi, rcpHi));
-    int16x8_t const q = vcombine_s16(vmovn_s32(qLo), vmovn_s32(qHi));
-    return vmovn_u16(vreinterpretq_u16_s16(vaddq_s16(dc16, q)));
+    // The low halves of the 32-bit quotients (each within +-255), in one
+    // unzip; the sum with dc is a byte.
+    int16x8_t const q = vuzpq_s16(vreinterpretq_s16_s32(qLo), vreinterpretq_s16_s32(qHi)).val[0];
+    return vmovn_u16(vaddw_u8(vreinterpretq_u16_s16(q), dc));
 }
 
 // Two Newton steps take the 8-bit estimate to about 2^-22; the bias keeps
