@@ -233,6 +233,8 @@ void Rotate32Sse2(unsigned char const* src, unsigned char* dst, int w, int h, in
 
 #if defined(__arm__) || defined(__aarch64__)
 void BlendRowArgbNeon(unsigned char* dst, unsigned char const* src, int n);
+// The blend's reciprocal of divisor (1..255), for the test that proves it.
+float BlendReciprocalNeon(int divisor);
 void Rgb24ToRgb32RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap);
 void Rgb32ToRgb24RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap);
 void MaskRow32Neon(unsigned char* d, unsigned char const* m, int n, std::uint32_t rgb);

@@ -13,10 +13,10 @@ namespace {
 
 // dc + (sc - dc) * sa / outA, truncated toward zero, for 8 pixels of one
 // channel. The quotient is at most 255 in magnitude and, when not whole, at
-// least 1 / 255 away from the next integer up. The reciprocals are 1 / outA
-// enlarged by about 2^-18, so n * rcp never falls below the exact quotient
-// in magnitude and exceeds it by far less than 1 / 255: truncation gives
-// the integer result.
+// least 1 / 255 away from the next integer up. The reciprocals (Reciprocal)
+// are slightly above 1 / outA, so n * rcp never falls below the exact
+// quotient in magnitude and exceeds it by less than 1 / 255: truncation
+// gives the integer result.
 inline uint8x8_t BlendChannel(uint8x8_t sc, uint8x8_t dc, int16x8_t sa, float32x4_t rcpLo, float32x4_t rcpHi)
 {
     int16x8_t const diff = vreinterpretq_s16_u16(vsubl_u8(sc, dc));
@@ -30,14 +30,15 @@ inline uint8x8_t BlendChannel(uint8x8_t sc, uint8x8_t dc, int16x8_t sa, float32x
     return vmovn_u16(vaddw_u8(vreinterpretq_u16_s16(q), dc));
 }
 
-// Two Newton steps take the 8-bit estimate to about 2^-22; the bias keeps
-// the result above 1 / f.
+// One Newton step takes the 8-bit estimate to within about 2^-16 below
+// 1 / f; enlarging it by 2^-16 puts it above 1 / f by less than
+// 1 / (255 * 255), the most a quotient of magnitude up to 255 can gain and
+// still truncate right. The margin is thin, so a test runs every divisor
+// with every numerator through BlendReciprocalNeon.
 inline float32x4_t Reciprocal(float32x4_t f)
 {
-    float32x4_t r = vrecpeq_f32(f);
-    r = vmulq_f32(vrecpsq_f32(f, r), r);
-    r = vmulq_f32(vrecpsq_f32(f, r), r);
-    return vmulq_f32(r, vdupq_n_f32(1.0f + 1.0f / 262144.0f));
+    float32x4_t const r = vrecpeq_f32(f);
+    return vmulq_f32(vmulq_f32(vrecpsq_f32(f, r), r), vdupq_n_f32(1.0f + 1.0f / 65536.0f));
 }
 
 inline bool AllEqual(uint8x8_t v, std::uint64_t pattern)
@@ -108,6 +109,11 @@ void BlendRowArgbNeon(unsigned char* dst, unsigned char const* src, int n)
         PALVET_MCA_END("blend");
     }
     BlendRowArgbScalar(dst + 4 * i, src + 4 * i, n - i);
+}
+
+float BlendReciprocalNeon(int divisor)
+{
+    return vgetq_lane_f32(Reciprocal(vdupq_n_f32(static_cast<float>(divisor))), 0);
 }
 
 void Rgb24ToRgb32RowNeon(unsigned char const* src, unsigned char* dst, int n, bool swap)

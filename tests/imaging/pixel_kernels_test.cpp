@@ -96,6 +96,22 @@ TEST(PixelKernels, EveryBlendRowFollowsTheFormula)
     }
 }
 
+#if defined(__arm__) || defined(__aarch64__)
+TEST(PixelKernels, NeonBlendReciprocalTruncatesEveryQuotientExactly)
+{
+    if (!palvet::detail::CpuHasNeon())
+        GTEST_SKIP() << "no NEON";
+    // Every divisor the blend meets (outA) with every numerator it can
+    // form, (sc - dc) * sa with sa <= outA. Scalar float arithmetic rounds
+    // and truncates as the vector unit does for these values.
+    for (int outA = 1; outA <= 255; ++outA) {
+        float const r = palvet::detail::BlendReciprocalNeon(outA);
+        for (int n = -255 * outA; n <= 255 * outA; ++n)
+            ASSERT_EQ(static_cast<int>(static_cast<float>(n) * r), n / outA) << "outA " << outA << " n " << n;
+    }
+}
+#endif
+
 namespace {
 
 using palvet::detail::KernelLevel;
