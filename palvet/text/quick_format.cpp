@@ -42,7 +42,7 @@ struct Out {
     }
 };
 
-struct Spec {
+struct Directive {
     bool minus = false, plus = false, space = false, alt = false, zero = false;
     int width = 0;
     int precision = -1;  // none
@@ -102,7 +102,7 @@ char* Digits(uintmax_t v, char* end, char const* digit_set)
     return end;
 }
 
-bool PutInteger(Out& out, Spec const& s, uintmax_t magnitude, bool negative, bool is_signed, char conv)
+bool PutInteger(Out& out, Directive const& s, uintmax_t magnitude, bool negative, bool is_signed, char conv)
 {
     unsigned const base = conv == 'o' ? 8u : (conv == 'x' || conv == 'X' ? 16u : 10u);
     char const* const digit_set = conv == 'X' ? "0123456789ABCDEF" : "0123456789abcdef";
@@ -158,7 +158,7 @@ bool PutInteger(Out& out, Spec const& s, uintmax_t magnitude, bool negative, boo
     return true;
 }
 
-bool PutText(Out& out, Spec const& s, char const* text, size_t n)
+bool PutText(Out& out, Directive const& s, char const* text, size_t n)
 {
     size_t const width = static_cast<size_t>(s.width);
     size_t const pad = width > n ? width - n : 0;
@@ -201,7 +201,7 @@ int QuickFormat(char* buffer, size_t size, char const* format, va_list args)
             continue;
         }
 
-        Spec s;
+        Directive s;
         for (;; ++f) {
             if (*f == '-')
                 s.minus = true;
