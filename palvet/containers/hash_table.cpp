@@ -301,9 +301,10 @@ struct Bucket {
     // Bit j set where entry j (j < n <= 64) has the key. The group count
     // depends on loaded data, so it is kept to two shapes whose choice is
     // stable for a given table: a single group, or four groups at once (a
-    // bucket of more than eight entries has room for the 128-byte read). A loop whose trip count followed n
-    // would mispredict on most lookups, and each misprediction throws away
-    // the lookups already started behind it.
+    // bucket of more than eight entries has room for the 128-byte read). A
+    // loop whose trip count followed n would mispredict on most lookups,
+    // and each misprediction throws away the lookups already started
+    // behind it.
     PALVET_HOT_INLINE static std::uint64_t MatchMask(CPtrArrayCtrl* a, int n, Key const& key)
     {
         std::uint32_t const* const tags = Tags(a);

@@ -291,6 +291,22 @@ struct Kernels {
         }
     };
 
+    // The chroma shift and the luma line of a hand-scheduled loop's
+    // constants (the multiplier as bytes: those loops need it below 256).
+    template <class C>
+    static void FillLumaConstants(C& k, YuvToRgbForms const& forms)
+    {
+        I::StoreU16(k.mulShift, I::Set1(forms.mulShift));
+        I::StoreU16(k.lumaB, I::Set1(forms.lumaForm.b));
+        I::StoreU16(k.lumaShift, I::Set1(-forms.lumaForm.shift));
+        for (int i = 0; i < 16; ++i)
+            k.below[i] = forms.lumaForm.below[i];
+        for (int i = 0; i < 8; ++i) {
+            k.lumaM[i] = static_cast<unsigned char>(forms.lumaForm.m);
+            k.c128[i] = 128;
+        }
+    }
+
     template <RgbFormat F, ChromaLayout L, bool kStd>
     static int YuvToRgb(YuvToRgbRow const& rowIn, YuvToRgbForms const& forms)
     {
@@ -307,13 +323,7 @@ struct Kernels {
                     I::StoreU16(k.terms[t][0], I::Set1(terms[t]->kRnd));
                     I::StoreU16(k.terms[t][1], I::Set1(terms[t]->kFlr));
                 }
-                I::StoreU16(k.mulShift, I::Set1(forms.mulShift));
-                I::StoreU16(k.lumaB, I::Set1(forms.lumaForm.b));
-                I::StoreU16(k.lumaShift, I::Set1(-forms.lumaForm.shift));
-                for (int i = 0; i < 16; ++i)
-                    k.below[i] = forms.lumaForm.below[i];
-                for (int i = 0; i < 8; ++i)
-                    k.lumaM[i] = static_cast<unsigned char>(forms.lumaForm.m);
+                FillLumaConstants(k.luma, forms);
                 int const steps = row.width / (2 * N);
                 if (row.swapRB)
                     I::template YuvStdRgb24Pair<true>(row, steps, k);
@@ -411,15 +421,7 @@ struct Kernels {
                 I::StoreU16(k.rbF, rbF);
                 I::StoreU16(k.gR, gR);
                 I::StoreU16(k.gF, gF);
-                I::StoreU16(k.mulShift, I::Set1(mulShift));
-                I::StoreU16(k.lumaB, I::Set1(forms.lumaForm.b));
-                I::StoreU16(k.lumaShift, I::Set1(-forms.lumaForm.shift));
-                for (int i = 0; i < 16; ++i)
-                    k.below[i] = forms.lumaForm.below[i];
-                for (int i = 0; i < 8; ++i) {
-                    k.lumaM[i] = static_cast<unsigned char>(forms.lumaForm.m);
-                    k.c128[i] = 128;
-                }
+                FillLumaConstants(k.luma, forms);
                 return I::template PackedStdArgb<kYvy, kAlpha>(row.src, row.dst, row.alpha, width / N, k) * N;
             }
         }

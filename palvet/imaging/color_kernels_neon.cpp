@@ -9,6 +9,8 @@
 
 #include <arm_neon.h>
 
+#include <cstddef>
+
 namespace palvet::detail {
 namespace {
 
@@ -143,11 +145,17 @@ struct Neon {
     // structure registers about every step. Same arithmetic: the chroma
     // bytes come apart from the luma with one deinterleaving load, and the
     // luma multiplier, below 256 here, widens straight from bytes.
-    struct PackedArgbConstants {
-        alignas(16) unsigned char rbR[16], rbF[16], gR[16], gF[16];  // 16-bit lanes
+    // What both hand-scheduled loops load after their chroma multipliers, in
+    // the order they load it (16-bit lanes, then bytes).
+    struct LumaConstants {
         alignas(16) unsigned char mulShift[16], lumaB[16], lumaShift[16];
         alignas(16) unsigned char below[16];
         unsigned char lumaM[8], c128[8];
+    };
+
+    struct PackedArgbConstants {
+        alignas(16) unsigned char rbR[16], rbF[16], gR[16], gF[16];  // 16-bit lanes
+        LumaConstants luma;
     };
 
     template <bool kYvy, bool kAlpha>
@@ -231,10 +239,14 @@ struct Neon {
         // Rounding and flooring multipliers (16-bit lanes) of V in red, U and
         // V in green, U in blue, in that order.
         alignas(16) unsigned char terms[4][2][16];
-        alignas(16) unsigned char mulShift[16], lumaB[16], lumaShift[16];
-        alignas(16) unsigned char below[16];
-        unsigned char lumaM[8];
+        LumaConstants luma;
     };
+    // The loops load these blocks in sequence from the start.
+    static_assert(offsetof(LumaConstants, below) == 48 && offsetof(LumaConstants, lumaM) == 64 &&
+                      offsetof(LumaConstants, c128) == 72,
+                  "luma constants as the loops load them");
+    static_assert(offsetof(PackedArgbConstants, luma) == 64 && offsetof(YuvRgb24Constants, luma) == 128,
+                  "the luma constants follow the chroma multipliers");
 
     template <bool kSwap>
     static void YuvStdRgb24Pair(YuvToRgbRow const& row, int steps, YuvRgb24Constants const& k)
