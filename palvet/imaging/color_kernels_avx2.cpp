@@ -133,6 +133,19 @@ struct Avx2 {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 32), _mm256_permute2x128_si256(lo, hi, 0x31));
     }
 
+    // The unpacks of StoreArgb leave pixels 0-3 and 8-11 in one half; with
+    // the quarters swapped beforehand (a single permute on the input), each
+    // half comes out whole.
+    using ArgbOrdered = void;
+    PALVET_KERNEL_INLINE static V ArgbOrder(V v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+    PALVET_KERNEL_INLINE static void StoreArgbOrdered(unsigned char* p, V r, V g, V b, V a)
+    {
+        V const br = _mm256_packus_epi16(b, r), ga = _mm256_packus_epi16(g, a);
+        V const bg = _mm256_unpacklo_epi8(br, ga), ra = _mm256_unpackhi_epi8(br, ga);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_unpacklo_epi16(bg, ra));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 32), _mm256_unpackhi_epi16(bg, ra));
+    }
+
     PALVET_KERNEL_INLINE static int SplitPairs(unsigned char const* src, unsigned char* even, unsigned char* odd, int pairs)
     {
         V const low = _mm256_set1_epi16(0xFF);

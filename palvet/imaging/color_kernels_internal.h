@@ -26,6 +26,9 @@
 //   Dup(c, lo, hi)       every lane of c twice, in order
 //   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
 //   LoadRgb24 / StoreRgb24 / StoreArgb   N interleaved pixels (stores saturate)
+//   optionally (type ArgbOrdered) ArgbOrder(v) with StoreArgbOrdered: lanes
+//                        permuted in groups of four so that the store of
+//                        permuted components needs no permutes of its own
 //   SplitPairs / JoinPairs               interleaved bytes <-> two planes
 // and optionally, where a hand-scheduled loop pays:
 //   PackedArgbConstants, PackedStdArgb<kYvy, kAlpha>(...)   PackedStd's
@@ -54,6 +57,11 @@ template <class T, class = void>
 struct HasYuvStdRgb24Pair : std::false_type {};
 template <class T>
 struct HasYuvStdRgb24Pair<T, std::void_t<typename T::YuvRgb24Constants>> : std::true_type {};
+
+template <class T, class = void>
+struct HasArgbOrder : std::false_type {};
+template <class T>
+struct HasArgbOrder<T, std::void_t<typename T::ArgbOrdered>> : std::true_type {};
 
 template <class I>
 struct Kernels {
@@ -425,25 +433,38 @@ struct Kernels {
                 return I::template PackedStdArgb<kYvy, kAlpha>(row.src, row.dst, row.alpha, width / N, k) * N;
             }
         }
-        V const lowByte = I::Set1(0xFF), c128 = I::Set1(128), opaque = I::Set1(255);
+        // Pixels in the order the instruction set's ARGB store wants them
+        // (where it has one), so that the store needs no reordering.
+        constexpr bool kArgbOrder = F == RgbFormat::Argb32 && HasArgbOrder<I>::value;
+        V const lowByte = I::Set1(0xFF), opaque = I::Set1(255);
+        V const c128 = I::Set1(128 << mulShift);
         int x = 0;
         for (; x + N <= width; x += N) {
             if constexpr (!kOwnLoop)
                 PALVET_MCA_BEGIN("packed-std");
-            V const w = I::LoadU16(row.src + 2 * x);
-            V const dc = I::Sub(I::template SrlI<8>(w), c128);
-            V const a = I::Sll(I::Abs(dc), mulShift), m = I::NegMask(dc);
-            V const rb = MulTerm<true>(a, m, rbR, rbF);
-            // Green's terms are negative where d >= 0: Sign yields their
-            // negation directly, which is then subtracted.
-            V ng = I::Sign(I::Select(m, I::Flr(a, gF), I::Rnd(a, gR)), dc);
+            V w = I::LoadU16(row.src + 2 * x);
+            if constexpr (kArgbOrder)
+                w = I::ArgbOrder(w);
+            // |d| << shift split by sign: pos where d > 0, neg where d < 0,
+            // 0 elsewhere. Both roundings give 0 for 0, so each side's
+            // multiply can run on every lane and the sum is the table entry,
+            // with no sign selection.
+            V const cs = I::Sll(I::template SrlI<8>(w), mulShift);
+            V const pos = I::SubSatU(cs, c128), neg = I::SubSatU(c128, cs);
+            V const rb = I::Sub(I::Rnd(pos, rbR), I::Flr(neg, rbF));
+            // Green's terms are negative where d > 0; this is their negation,
+            // which is then subtracted.
+            V ng = I::Sub(I::Flr(pos, gF), I::Rnd(neg, gR));
             ng = I::Add(ng, I::SwapAdjacent(ng));
             V const er = kYvy ? I::DupEven(rb) : I::DupOdd(rb);
             V const eb = kYvy ? I::DupOdd(rb) : I::DupEven(rb);
             V yr, yg, yb;
             f.template Luma<true>(I::And(w, lowByte), yr, yg, yb);
-            StorePacked<F>(row.dst + x * bytes, row.swapRB, I::Add(yr, er), I::Sub(yg, ng), I::Add(yb, eb),
-                           kAlpha ? I::LoadU8(row.alpha + x) : opaque);
+            V const r = I::Add(yr, er), g = I::Sub(yg, ng), b = I::Add(yb, eb);
+            if constexpr (kArgbOrder)
+                I::StoreArgbOrdered(row.dst + x * bytes, r, g, b, kAlpha ? I::ArgbOrder(I::LoadU8(row.alpha + x)) : opaque);
+            else
+                StorePacked<F>(row.dst + x * bytes, row.swapRB, r, g, b, kAlpha ? I::LoadU8(row.alpha + x) : opaque);
             if constexpr (!kOwnLoop)
                 PALVET_MCA_END("packed-std");
         }
