@@ -48,6 +48,12 @@ struct LumaForm {
     uint16_t m, b;
     int shift;
     unsigned char below[16];
+    // The same table from the luma byte in the upper half of a word, where
+    // one shift puts it in packed pixels and no shift follows the multiply:
+    //     entry = ((max(256 y - highB, 0) * highK) >> 16) - (y < 16 ? below[y] : 0)
+    // valid where `high` is set.
+    bool high;
+    uint16_t highK, highB;
 };
 
 struct RgbToYuvForms {
@@ -152,6 +158,9 @@ bool FitMulForm(int const* t, int offset, int shift, bool positive, MulForm& for
 int EvalMulForm(MulForm const& form, int shift, bool positive, int d);
 bool FitLumaForm(int const* t, LumaForm& form);
 int EvalLumaForm(LumaForm const& form, int y);
+// Sets form's high fields (below[] must be filled); whether they fit.
+bool FitLumaHighForm(int const* t, LumaForm& form);
+int EvalLumaHighForm(LumaForm const& form, int y);
 
 inline int Clamp255(int v) { return v < 0 ? 0 : (v > 255 ? 255 : v); }
 

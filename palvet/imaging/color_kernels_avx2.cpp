@@ -44,6 +44,8 @@ struct Avx2 {
     {
         return _mm256_set1_epi32(static_cast<int>((static_cast<uint32_t>(static_cast<uint16_t>(odd)) << 16) | static_cast<uint16_t>(even)));
     }
+    using LumaHigh = void;
+    PALVET_KERNEL_INLINE static V MulHiU(V a, V b) { return _mm256_mulhi_epu16(a, b); }
     static constexpr bool kHasLut = true;
     PALVET_KERNEL_INLINE static V CmpEq(V a, V b) { return _mm256_cmpeq_epi16(a, b); }
     PALVET_KERNEL_INLINE static V SubSatU(V a, V b) { return _mm256_subs_epu16(a, b); }

@@ -53,6 +53,8 @@ struct Avx512 {
     {
         return _mm512_set1_epi32(static_cast<int>((static_cast<uint32_t>(static_cast<uint16_t>(odd)) << 16) | static_cast<uint16_t>(even)));
     }
+    using LumaHigh = void;
+    PALVET_KERNEL_INLINE static V MulHiU(V a, V b) { return _mm512_mulhi_epu16(a, b); }
     static constexpr bool kHasLut = true;
     PALVET_KERNEL_INLINE static V CmpEq(V a, V b) { return _mm512_movm_epi16(_mm512_cmpeq_epi16_mask(a, b)); }
     PALVET_KERNEL_INLINE static V SubSatU(V a, V b) { return _mm512_subs_epu16(a, b); }

@@ -26,6 +26,7 @@
 //   Dup(c, lo, hi)       every lane of c twice, in order
 //   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
 //   LoadRgb24 / StoreRgb24 / StoreArgb   N interleaved pixels (stores saturate)
+//   optionally (type LumaHigh) MulHiU(a, b): (a * b) >> 16, unsigned
 //   optionally (type ArgbOrdered) ArgbOrder(v) with StoreArgbOrdered: lanes
 //                        permuted in groups of four so that the store of
 //                        permuted components needs no permutes of its own
@@ -57,6 +58,11 @@ template <class T, class = void>
 struct HasYuvStdRgb24Pair : std::false_type {};
 template <class T>
 struct HasYuvStdRgb24Pair<T, std::void_t<typename T::YuvRgb24Constants>> : std::true_type {};
+
+template <class T, class = void>
+struct HasLumaHigh : std::false_type {};
+template <class T>
+struct HasLumaHigh<T, std::void_t<typename T::LumaHigh>> : std::true_type {};
 
 template <class T, class = void>
 struct HasArgbOrder : std::false_type {};
@@ -407,7 +413,7 @@ struct Kernels {
 
     // Standard layout: red has only a V term and blue only a U term, so one
     // evaluation serves both, U lanes for blue and V lanes for red.
-    template <RgbFormat F, bool kYvy, bool kAlpha>
+    template <RgbFormat F, bool kYvy, bool kAlpha, bool kHigh>
     static int PackedStd(PackedToRgbRow const& rowIn, YuvToRgbForms const& forms)
     {
         // A copy: stores through the pixel pointers could alias the caller's
@@ -438,6 +444,7 @@ struct Kernels {
         constexpr bool kArgbOrder = F == RgbFormat::Argb32 && HasArgbOrder<I>::value;
         V const lowByte = I::Set1(0xFF), opaque = I::Set1(255);
         V const c128 = I::Set1(128 << mulShift);
+        V const highK = I::Set1(forms.lumaForm.highK), highB = I::Set1(forms.lumaForm.highB);
         int x = 0;
         for (; x + N <= width; x += N) {
             if constexpr (!kOwnLoop)
@@ -459,7 +466,14 @@ struct Kernels {
             V const er = kYvy ? I::DupEven(rb) : I::DupOdd(rb);
             V const eb = kYvy ? I::DupOdd(rb) : I::DupEven(rb);
             V yr, yg, yb;
-            f.template Luma<true>(I::And(w, lowByte), yr, yg, yb);
+            if constexpr (kHigh) {
+                // The chroma byte above the luma saturates the lookup's
+                // index, so the word serves as it is.
+                V const line = I::MulHiU(I::SubSatU(I::template SllI<8>(w), highB), highK);
+                yr = yg = yb = I::Sub(line, I::Lut16(w, f.lumaBelow));
+            } else {
+                f.template Luma<true>(I::And(w, lowByte), yr, yg, yb);
+            }
             V const r = I::Add(yr, er), g = I::Sub(yg, ng), b = I::Add(yb, eb);
             if constexpr (kArgbOrder)
                 I::StoreArgbOrdered(row.dst + x * bytes, r, g, b, kAlpha ? I::ArgbOrder(I::LoadU8(row.alpha + x)) : opaque);
@@ -526,9 +540,19 @@ struct Kernels {
     {
         if (!YuvForms::Standard(forms))
             return PackedGeneral<F>(row, forms);
+        if constexpr (HasLumaHigh<I>::value) {
+            if (forms.lumaForm.high)
+                return PackedStdAny<F, true>(row, forms);
+        }
+        return PackedStdAny<F, false>(row, forms);
+    }
+
+    template <RgbFormat F, bool kHigh>
+    static int PackedStdAny(PackedToRgbRow const& row, YuvToRgbForms const& forms)
+    {
         if (row.yvy)
-            return row.alpha ? PackedStd<F, true, true>(row, forms) : PackedStd<F, true, false>(row, forms);
-        return row.alpha ? PackedStd<F, false, true>(row, forms) : PackedStd<F, false, false>(row, forms);
+            return row.alpha ? PackedStd<F, true, true, kHigh>(row, forms) : PackedStd<F, true, false, kHigh>(row, forms);
+        return row.alpha ? PackedStd<F, false, true, kHigh>(row, forms) : PackedStd<F, false, false, kHigh>(row, forms);
     }
 
     template <RgbFormat F, ChromaLayout L>

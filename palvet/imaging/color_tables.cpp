@@ -284,6 +284,8 @@ int DeriveForms()
                 y.mulShift = shift;
             }
             y.luma = y.sharedY && FitLumaForm(YTEXTO_R, y.lumaForm);
+            if (y.luma)
+                FitLumaHighForm(YTEXTO_R, y.lumaForm);
             if (y.mul) {
                 y.mur = m[0], y.mvr = m[1], y.mug = m[2], y.mvg = m[3], y.mub = m[4], y.mvb = m[5];
             }
@@ -390,6 +392,71 @@ bool FitLumaForm(int const* t, LumaForm& form)
                 form = f;
                 return true;
             }
+        }
+    }
+    return false;
+}
+
+int EvalLumaHighForm(LumaForm const& form, int y)
+{
+    int const x = 256 * y - form.highB;
+    return (x > 0 ? (x * form.highK) >> 16 : 0) - (y < 16 ? form.below[y] : 0);
+}
+
+// For each multiplier near 256 times the slope: every entry's result falls
+// as highB grows, so each entry allows an interval of highB, found by
+// bisection; the first highB in all of them gives the form.
+bool FitLumaHighForm(int const* t, LumaForm& form)
+{
+    form.high = false;
+    long long const centre = static_cast<long long>((t[255] - t[16]) / 239.0 * 256.0);
+    for (long long k = centre - 3; k <= centre + 3; ++k) {
+        if (k < 1 || k > 65535)
+            continue;
+        auto const result = [k](int y, long long b) {
+            long long const x = 256LL * y - b;
+            return x > 0 ? (x * k) >> 16 : 0;
+        };
+        long long lo = 0, hi = 65535;
+        for (int y = 0; y < 256 && lo <= hi; ++y) {
+            long long const want = y < 16 ? 0 : t[y];
+            if (want < 0 || result(y, 0) < want) {
+                lo = hi + 1;
+                break;
+            }
+            // The least b whose result is at most want, the greatest whose
+            // result is at least want.
+            long long a = 0, z = 65535;
+            while (a < z) {
+                long long const mid = (a + z) / 2;
+                if (result(y, mid) <= want)
+                    z = mid;
+                else
+                    a = mid + 1;
+            }
+            lo = std::max(lo, a);
+            a = 0, z = 65535;
+            while (a < z) {
+                long long const mid = (a + z + 1) / 2;
+                if (result(y, mid) >= want)
+                    a = mid;
+                else
+                    z = mid - 1;
+            }
+            hi = std::min(hi, a);
+        }
+        if (lo > hi)
+            continue;
+        LumaForm f = form;
+        f.high = true;
+        f.highK = static_cast<uint16_t>(k);
+        f.highB = static_cast<uint16_t>(lo);
+        bool ok = true;
+        for (int y = 0; y < 256 && ok; ++y)
+            ok = EvalLumaHighForm(f, y) == t[y];
+        if (ok) {
+            form = f;
+            return true;
         }
     }
     return false;

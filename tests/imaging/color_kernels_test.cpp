@@ -173,6 +173,7 @@ TEST(ColourKernels, FastPathsMatchTheTables)
 #if defined(__x86_64__) || defined(__ARM_NEON)
     EXPECT_FALSE(FastLevels().empty());
 #endif
+    EXPECT_TRUE(palvet::detail::ActiveYuvToRgbForms()->lumaForm.high);
     CompareAllPaths(1);
 }
 
@@ -241,8 +242,19 @@ TEST(ColourKernels, FormsReproduceTablesOrRefuse)
     for (int i = 0; i < 256; ++i)
         ASSERT_EQ(palvet::detail::EvalTableForm(f, 13, i - 16), YTEXTO_G[i]);
 
+    // The luma table also fits with the byte in the upper half of a word.
+    palvet::detail::LumaForm luma{};
+    ASSERT_TRUE(palvet::detail::FitLumaForm(YTEXTO_R, luma));
+    ASSERT_TRUE(palvet::detail::FitLumaHighForm(YTEXTO_R, luma));
+    for (int y = 0; y < 256; ++y)
+        ASSERT_EQ(palvet::detail::EvalLumaHighForm(luma, y), YTEXTO_R[y]) << y;
+
     // Not a rounded straight line: refused.
     for (int i = 0; i < 256; ++i)
         t[i] = (i * i) / 64;
     EXPECT_FALSE(palvet::detail::FitTableForm(t, 0, 12, f));
+    for (int i = 0; i < 256; ++i)
+        t[i] = i < 16 ? 0 : (i - 16) * (i - 16) / 128;
+    EXPECT_FALSE(palvet::detail::FitLumaHighForm(t, luma));
+    EXPECT_FALSE(luma.high);
 }
