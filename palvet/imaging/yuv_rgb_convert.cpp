@@ -314,6 +314,17 @@ void PackedToRgbFrame(int width, int height, unsigned char const* src, unsigned 
     row.swapRB = swapRB;
     palvet::detail::YuvToRgbForms const* forms = palvet::detail::ActiveYuvToRgbForms();
     ColourKernels const* k = forms ? palvet::detail::ActiveColourKernels() : nullptr;
+    // Source rows always follow each other; when the destination rows (and
+    // alpha rows) do too, the frame is one long row: pairs never straddle
+    // rows, so the result is the same, with one kernel set-up instead of
+    // one per row.
+    constexpr int kBytes = F == RgbFormat::Argb32 ? 4 : 3;
+    if (h > 1 && row.pairs > 0 && static_cast<long long>(dstPitch) == 2LL * row.pairs * kBytes &&
+        (alpha == nullptr || static_cast<long long>(alphaPitch) == 2LL * row.pairs) &&
+        static_cast<long long>(row.pairs) * h <= INT_MAX / 8) {
+        row.pairs *= h;
+        h = 1;
+    }
     for (int j = 0; j < h; ++j) {
         row.src = src + static_cast<size_t>(j) * row.pairs * 4;
         row.dst = dst + static_cast<ptrdiff_t>(j) * dstPitch;

@@ -91,6 +91,10 @@ std::vector<Case> Cases()
                      // An empty frame has no bytes at all, hence no plane either.
                      YVY2ToARGB32(w, h, s, d, w * 4, 0, s != nullptr ? s + 1 : nullptr, w / 2 * 4);
                  }});
+    // Destination and alpha rows adjoining, as the source rows always do.
+    c.push_back({"YUY2ToARGB32 adjoining rows", PackedSize, ArgbSize, [](int w, int h, unsigned char const* s, unsigned char* d) {
+                     YUY2ToARGB32(w, h, s, d, w / 2 * 8, 0, s != nullptr ? s + 1 : nullptr, w / 2 * 2);
+                 }});
     for (int vu = 0; vu < 2; ++vu) {
         c.push_back({"YUV420SPToYUV420", SpSize, SpSize,
                      [vu](int w, int h, unsigned char const* s, unsigned char* d) { YUV420SPToYUV420(w, h, s, d, vu); }});
