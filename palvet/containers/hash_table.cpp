@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <type_traits>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -57,22 +58,12 @@ namespace {
 
 using palvet::detail::PtrArrayAccess;
 
-struct IntEntry {
-    int key;
-    void const* data;
-};
-
-// A byte-string key record; a CrcEntry starts with one, so an entry and a
-// lookup probe compare through the same type.
+// A byte-string key record: what CRCHashFind reads of an entry, and the
+// lookup probe, so both compare through the same type.
 struct CrcKey {
     unsigned char* bytes;
     int length;
     unsigned int digest;
-};
-
-struct CrcEntry {
-    CrcKey key;
-    void const* data;
 };
 
 void const* IntKeyArg(int key)
@@ -108,80 +99,102 @@ bool SameKey(CrcKey const& a, CrcKey const& b)
     return a.length <= 0 || memcmp(a.bytes, b.bytes, static_cast<size_t>(a.length)) == 0;
 }
 
+// Per key kind: the record the find callback reads (Record), the lookup key,
+// and the 32-bit tag a bucket keeps of each entry for vector compares.
 struct IntTraits {
-    using Entry = IntEntry;
+    // The key itself: the tag array holds the records, and equal tags are
+    // equal keys.
+    using Record = int;
     using Key = int;
-    static bool Matches(IntEntry const& e, int key) { return e.key == key; }
-    // The key itself: equal tags are equal keys.
+    static constexpr bool kRecordIsTag = true;
     static constexpr bool kTagDecides = true;
-    static std::uint32_t Tag(IntEntry const& e) { return static_cast<std::uint32_t>(e.key); }
+    static bool Matches(int record, int key) { return record == key; }
     static std::uint32_t Tag(int key) { return static_cast<std::uint32_t>(key); }
-    static void Release(IntEntry&) {}
+    static void Release(int) {}
     static void const* Callback(int key) { return IntKeyArg(key); }
     static constexpr int (*kFind)(void const*, void const*) = HashFind;
 };
 
 struct CrcTraits {
-    using Entry = CrcEntry;
+    using Record = CrcKey;
     using Key = CrcKey;
-    static bool Matches(CrcEntry const& e, CrcKey const& key) { return SameKey(e.key, key); }
+    static constexpr bool kRecordIsTag = false;
     static constexpr bool kTagDecides = false;
-    static std::uint32_t Tag(CrcEntry const& e) { return e.key.digest; }
+    static bool Matches(CrcKey const& record, CrcKey const& key) { return SameKey(record, key); }
     static std::uint32_t Tag(CrcKey const& key) { return key.digest; }
-    static void Release(CrcEntry& e) { delete[] e.key.bytes; }
+    static void Release(CrcKey& record) { delete[] record.bytes; }
     static void const* Callback(CrcKey const& key) { return &key; }
     static constexpr int (*kFind)(void const*, void const*) = CRCHashFind;
 };
 
-// A bucket is a CPtrArrayCtrl whose entry records and pointer slots share
-// one block with it, behind a packed copy of each entry's key (or digest):
-// [array][tags][record 0 .. capacity-1][slot 0 .. capacity-1], slot i
-// always pointing at record i and tag i belonging to it. A lookup compares
-// the packed tags a vector at a time, in one dependent step from the table
-// slot, where separately allocated array storage and records cost a cache
-// miss each; the result is the one the array's find machinery gives. Blocks
-// grow by doubling and move as a whole; only the table's slot refers to
-// them. The array's own storage management never runs on a block: every
-// change goes through here, with the array's semantics (positions, current
-// position, find state).
+// A bucket is a CPtrArrayCtrl that shares one block with its entries:
+// [array][tags][data][records][slots], each part capacity long, slot i
+// always pointing at record i. Tag i is a packed copy of entry i's key (or
+// digest); data i is its data pointer. An int key is its own tag, so the
+// tags are the int table's records and it has no record part. A lookup
+// compares the packed tags a vector at a time, one dependent step from the
+// table slot, and reads the data beside them: with up to two entries in a
+// block, header, tags and data lie in its first 64 bytes. The result is the
+// one the array's find machinery gives. Blocks grow by doubling and move as
+// a whole; only the table's slot refers to them. The array's own storage
+// management never runs on a block: every change goes through here, with
+// the array's semantics (positions, current position, find state).
 template <class Traits>
 struct Bucket {
-    using Entry = typename Traits::Entry;
+    using Record = typename Traits::Record;
     using Key = typename Traits::Key;
+    // Scalars travel in registers, records by reference.
+    using KeyArg = std::conditional_t<std::is_scalar_v<Key>, Key, Key const&>;
 
     static constexpr size_t kTagsAt = sizeof(CPtrArrayCtrl);
     static constexpr int kTagGroup = 8;  // tags compared per step
-    static_assert(kTagsAt % alignof(std::uint32_t) == 0, "tags follow the array");
-    static_assert(sizeof(Entry) % alignof(void const*) == 0, "slots follow the records");
+    static constexpr size_t kTagBytes = sizeof(std::uint32_t);
+    static_assert(kTagsAt % alignof(void const*) == 0 && kTagsAt % alignof(Record) == 0, "tags follow the array");
+    static_assert(!Traits::kRecordIsTag || sizeof(Record) == kTagBytes, "a record-tag is a tag");
+    static_assert(sizeof(Record) % alignof(void const*) == 0 || Traits::kRecordIsTag, "slots follow the records");
 
-    // Tag slots, an even number so that the records stay aligned. A group
-    // read starting at a tag below the count may run past the tags into the
-    // records and slots, never past the block: 4 * (capacity + 7) bytes fit
-    // in the block's last 28 * capacity bytes, whatever the capacity.
-    static int TagSlots(int capacity) { return (capacity + 1) & -2; }
-
-    static_assert(2 * sizeof(std::uint32_t) % alignof(Entry) == 0 && kTagsAt % alignof(Entry) == 0,
-                  "records follow the tags without padding");
-    static_assert(sizeof(Entry) + sizeof(void const*) >= 3 * sizeof(std::uint32_t),
-                  "a tag group read stays in the block");
-    static size_t RecordsAt(int capacity)
+    // Tag slots, an even number so that what follows stays aligned.
+    static size_t TagSlots(int capacity) { return static_cast<size_t>(static_cast<unsigned>((capacity + 1) & -2)); }
+    static size_t DataAt(int capacity) { return kTagsAt + TagSlots(capacity) * kTagBytes; }
+    static size_t RecordsAt(int capacity) { return DataAt(capacity) + static_cast<size_t>(capacity) * sizeof(void const*); }
+    static size_t SlotsAt(int capacity)
     {
-        return kTagsAt + static_cast<size_t>(static_cast<unsigned>(TagSlots(capacity))) * sizeof(std::uint32_t);
+        return RecordsAt(capacity) + (Traits::kRecordIsTag ? 0 : static_cast<size_t>(capacity) * sizeof(Record));
     }
 
+    // Group reads may run past the tags into what follows, never past the
+    // block. Each entry has at least 12 bytes behind the tag start (tag,
+    // data, slot). A bucket of up to eight entries reads one group from tag
+    // 0: the floor keeps 32 bytes there. Up to 32 entries (capacity 16 or
+    // more) read four groups from tag 0: 128 bytes. Beyond 32 entries
+    // (capacity 64 or more) groups start at any g < capacity: 4 * (g + 8)
+    // bytes.
     static size_t Bytes(int capacity)
     {
-        return RecordsAt(capacity) + static_cast<size_t>(capacity) * (sizeof(Entry) + sizeof(void const*));
+        size_t const bytes = SlotsAt(capacity) + static_cast<size_t>(capacity) * sizeof(void const*);
+        size_t const floor = kTagsAt + kTagGroup * kTagBytes;
+        return bytes < floor ? floor : bytes;
     }
+    static constexpr size_t kEntryBytesBehindTags = kTagBytes + 2 * sizeof(void const*);
+    static_assert(4 * kTagGroup * kTagBytes <= 16 * kEntryBytesBehindTags &&
+                      (64 + kTagGroup - 1) * kTagBytes <= 64 * kEntryBytesBehindTags,
+                  "a tag group read stays in the block");
 
     static std::uint32_t* Tags(CPtrArrayCtrl* a)
     {
         return reinterpret_cast<std::uint32_t*>(reinterpret_cast<char*>(a) + kTagsAt);
     }
 
-    static Entry* Records(CPtrArrayCtrl* a)
+    static void const** Data(CPtrArrayCtrl* a)
     {
-        return reinterpret_cast<Entry*>(reinterpret_cast<char*>(a) + RecordsAt(PtrArrayAccess::Capacity(*a)));
+        return reinterpret_cast<void const**>(reinterpret_cast<char*>(a) + DataAt(PtrArrayAccess::Capacity(*a)));
+    }
+
+    static Record* Records(CPtrArrayCtrl* a)
+    {
+        if (Traits::kRecordIsTag)
+            return reinterpret_cast<Record*>(Tags(a));
+        return reinterpret_cast<Record*>(reinterpret_cast<char*>(a) + RecordsAt(PtrArrayAccess::Capacity(*a)));
     }
 
     static constexpr int kMaxCapacity = 1 << 26;
@@ -192,9 +205,7 @@ struct Bucket {
         if (block == nullptr)
             return nullptr;
         auto* const a = new (block) CPtrArrayCtrl;
-        PtrArrayAccess::Data(*a) =
-            reinterpret_cast<void const**>(static_cast<char*>(block) + RecordsAt(capacity) +
-                                           static_cast<size_t>(capacity) * sizeof(Entry));
+        PtrArrayAccess::Data(*a) = reinterpret_cast<void const**>(static_cast<char*>(block) + SlotsAt(capacity));
         PtrArrayAccess::Capacity(*a) = capacity;
         // Group reads cover bytes past the count, masked off afterwards; keep
         // every byte of the block defined.
@@ -221,12 +232,14 @@ struct Bucket {
         if (b == nullptr)
             return nullptr;
         PtrArrayAccess::CopyState(*b, *a);
-        int const n = PtrArrayAccess::Count(*a);
-        memcpy(Tags(b), Tags(a), static_cast<size_t>(n) * sizeof(std::uint32_t));
-        Entry* const to = Records(b);
-        memcpy(static_cast<void*>(to), Records(a), static_cast<size_t>(n) * sizeof(Entry));
+        auto const n = static_cast<size_t>(PtrArrayAccess::Count(*a));
+        memcpy(Tags(b), Tags(a), n * kTagBytes);
+        memcpy(static_cast<void*>(Data(b)), Data(a), n * sizeof(void const*));
+        Record* const to = Records(b);
+        if (!Traits::kRecordIsTag)
+            memcpy(static_cast<void*>(to), Records(a), n * sizeof(Record));
         void const** const slots = PtrArrayAccess::Data(*b);
-        for (int i = 0; i < n; ++i)
+        for (size_t i = 0; i < n; ++i)
             slots[i] = to + i;
         PtrArrayAccess::Count(*a) = 0;
         Free(a);
@@ -235,7 +248,7 @@ struct Bucket {
 
     // Appends to the bucket in slot (creating it); the entry's index, or -1
     // when memory ran out.
-    static int Append(CPtrArrayCtrl*& slot, Entry const& e)
+    static int Append(CPtrArrayCtrl*& slot, Record const& record, void const* data)
     {
         if (slot == nullptr) {
             slot = Create(1);
@@ -249,14 +262,22 @@ struct Bucket {
                 return -1;
             slot = grown;
         }
-        Tags(slot)[n] = Traits::Tag(e);
-        Entry* const r = Records(slot) + n;
-        *r = e;
+        Tags(slot)[n] = Traits::Tag(record);
+        Record* const r = Records(slot) + n;
+        if (!Traits::kRecordIsTag)
+            *r = record;
+        Data(slot)[n] = data;
         PtrArrayAccess::Data(*slot)[n] = r;
         PtrArrayAccess::Count(*slot) = n + 1;
         PtrArrayAccess::Cursor(*slot) = n;  // as AddData
         return n;
     }
+
+    // Starts loading the block's second line while the first is on its way:
+    // blocks are only 16-byte aligned, so tags and data a lookup reads often
+    // lie across the line boundary, and waiting for the first line before
+    // asking for the second doubles the latency of a lookup that misses.
+    static void Prefetch(CPtrArrayCtrl* a) { __builtin_prefetch(reinterpret_cast<char const*>(a) + 64); }
 
     // Bit j set where tag j of the group at tags equals tag.
     static unsigned GroupMask(std::uint32_t const* tags, std::uint32_t tag)
@@ -315,9 +336,6 @@ struct Bucket {
         } else if (n <= 4 * kTagGroup) {
             // Capacities are powers of two (1, then doubled), so more than
             // eight entries means room for at least sixteen.
-            static_assert(4 * kTagGroup * sizeof(std::uint32_t) <=
-                              2 * kTagGroup * (sizeof(std::uint32_t) + sizeof(Entry) + sizeof(void const*)),
-                          "four groups fit in a block of more than eight entries");
             m = QuadGroupMask(tags, tag);
         } else {
             m = 0;
@@ -327,7 +345,7 @@ struct Bucket {
         // Keeps bits below n; shifting twice keeps n == 64 defined.
         m &= ~((~std::uint64_t{0} << 1) << (n - 1));
         if (!Traits::kTagDecides) {
-            Entry const* const records = Records(a);
+            Record const* const records = Records(a);
             for (std::uint64_t rest = m; rest != 0; rest &= rest - 1) {
                 int const j = __builtin_ctzll(rest);
                 if (!Traits::Matches(records[j], key))
@@ -381,21 +399,14 @@ struct Bucket {
         return b + ((f - b) & forward);
     }
 
-    // As RemoveAt, for the tags.
-    static void RemoveTag(CPtrArrayCtrl* a, int pos, int n)
-    {
-        std::uint32_t* const tags = Tags(a);
-        memmove(tags + pos, tags + pos + 1, static_cast<size_t>(n - pos - 1) * sizeof(std::uint32_t));
-    }
-
     // FindFirst / FindNext with the key test inlined; the position found, or -1.
-    PALVET_HOT_INLINE static int Find(CPtrArrayCtrl* a, Key const& key, bool first)
+    // The cursor of a bucket that holds entries is always one of them
+    // (RemoveAt keeps it so), which spares the lookups a range check.
+    PALVET_HOT_INLINE static int Find(CPtrArrayCtrl* a, KeyArg key, bool first)
     {
         int const n = PtrArrayAccess::Count(*a);
-        if (first && n >= 1 && n <= 64) {
-            int& cursor = PtrArrayAccess::Cursor(*a);
-            if (static_cast<unsigned>(cursor) >= static_cast<unsigned>(n))
-                cursor = 0;
+        if (first && static_cast<unsigned>(n - 1) < 64u) {
+            int const cursor = PtrArrayAccess::Cursor(*a);
             if (Traits::kTagDecides) {
                 // The first two probes, the cursor and the one after it, on
                 // their own: they serve repeated lookups of one key and
@@ -416,38 +427,55 @@ struct Bucket {
             }
             return FindFirstMasked(a, n, cursor, key);
         }
-        Entry const* const records = Records(a);
+        return FindSearching(a, key, first);
+    }
+
+    // The array's outward search, for buckets of more than 64 entries and
+    // for FindNext. Kept out of line: its callbacks take the key's address,
+    // which would otherwise send every lookup's key through the stack.
+    __attribute__((noinline)) static int FindSearching(CPtrArrayCtrl* a, KeyArg key, bool first)
+    {
+        int const n = PtrArrayAccess::Count(*a);
+        Record const* const records = Records(a);
         auto const matches = [&](int i) { return Traits::Matches(records[i], key); };
         auto const record = [a](int s, int b, int f) { PtrArrayAccess::RecordFind(*a, s, b, f); };
         return first ? palvet::detail::CollectionFindFirst(n, PtrArrayAccess::Cursor(*a), matches, record)
                      : palvet::detail::RingFindNext(n, PtrArrayAccess::Find(*a), matches, record);
     }
 
-    // The record at pos, made current as GetAt does.
-    static Entry& At(CPtrArrayCtrl* a, int pos)
+    // The data of the entry at pos, made current as GetAt does.
+    static void const*& DataAt(CPtrArrayCtrl* a, int pos)
     {
         PtrArrayAccess::Cursor(*a) = pos;
-        return Records(a)[pos];
+        return Data(a)[pos];
     }
 
     // As DeleteAt(pos, 1): later entries close up and pos becomes current.
-    // The record goes with its slot; the caller releases it first.
+    // Slot i keeps pointing at record i; the caller releases the record
+    // first.
     static void RemoveAt(CPtrArrayCtrl* a, int pos)
     {
         int const n = PtrArrayAccess::Count(*a);
-        RemoveTag(a, pos, n);
-        Entry* const records = Records(a);
-        memmove(static_cast<void*>(records + pos), records + pos + 1,
-                static_cast<size_t>(n - pos - 1) * sizeof(Entry));
+        auto const later = static_cast<size_t>(n - pos - 1);
+        std::uint32_t* const tags = Tags(a);
+        memmove(tags + pos, tags + pos + 1, later * kTagBytes);
+        void const** const data = Data(a);
+        memmove(static_cast<void*>(data + pos), data + pos + 1, later * sizeof(void const*));
+        if (!Traits::kRecordIsTag) {
+            Record* const records = Records(a);
+            memmove(static_cast<void*>(records + pos), records + pos + 1, later * sizeof(Record));
+        }
         PtrArrayAccess::Count(*a) = n - 1;
-        PtrArrayAccess::Cursor(*a) = pos;
+        // pos, as DeleteAt leaves it; when that was the last entry, 0, where
+        // FindFirst would start from it.
+        PtrArrayAccess::Cursor(*a) = pos < n - 1 ? pos : 0;
     }
 
     // Releases every record and the bucket; the number of entries it held.
     static int Destroy(CPtrArrayCtrl* a)
     {
         int const n = PtrArrayAccess::Count(*a);
-        Entry* const records = Records(a);
+        Record* const records = Records(a);
         for (int i = 0; i < n; ++i)
             Traits::Release(records[i]);
         PtrArrayAccess::Count(*a) = 0;
@@ -460,7 +488,7 @@ struct Bucket {
 template <class Traits>
 struct Buckets {
     using B = Bucket<Traits>;
-    using Entry = typename Traits::Entry;
+    using Record = typename Traits::Record;
     using Key = typename Traits::Key;
 
     CPtrArrayCtrl**& slots;
@@ -500,15 +528,19 @@ struct Buckets {
         return slots != nullptr;
     }
 
-    int Add(int index, Entry const& e) const { return B::Append(slots[index], e); }
+    int Add(int index, Record const& record, void const* data) const
+    {
+        return B::Append(slots[index], record, data);
+    }
 
-    Entry* Find(int index, Key const& key, bool first) const
+    // The data slot of the entry found (made current), or null.
+    void const** Find(int index, Key const& key, bool first) const
     {
         CPtrArrayCtrl* const bucket = At(index);
         if (bucket == nullptr)
             return nullptr;
         int const pos = B::Find(bucket, key, first);
-        return pos >= 0 ? &B::At(bucket, pos) : nullptr;
+        return pos >= 0 ? &B::DataAt(bucket, pos) : nullptr;
     }
 
     // Finds and removes one entry; its data, or null when none matched.
@@ -522,9 +554,8 @@ struct Buckets {
         int const pos = B::Find(bucket, key, first);
         if (pos < 0)
             return nullptr;
-        Entry& e = B::At(bucket, pos);
-        void* const data = const_cast<void*>(e.data);
-        Traits::Release(e);
+        void* const data = const_cast<void*>(B::DataAt(bucket, pos));
+        Traits::Release(B::Records(bucket)[pos]);
         B::RemoveAt(bucket, pos);
         removed = true;
         return data;
@@ -542,7 +573,7 @@ struct Buckets {
         int const n = hits.GetCount();
         for (int i = 0; i < n; ++i) {
             int const pos = static_cast<int>(reinterpret_cast<intptr_t>(hits.GetAt(i)));
-            dst->AddData(B::At(bucket, pos).data, -1);
+            dst->AddData(B::DataAt(bucket, pos), -1);
         }
     }
 
@@ -580,7 +611,7 @@ struct Buckets {
 
     void* DataAt(tagHASHPOSITION pos) const
     {
-        return Available(pos) ? const_cast<void*>(B::At(At(pos.bucket), pos.index).data) : nullptr;
+        return Available(pos) ? const_cast<void*>(B::DataAt(At(pos.bucket), pos.index)) : nullptr;
     }
 };
 
@@ -593,7 +624,8 @@ int HashFind(void const* entry, void const* key)
 {
     if (entry == nullptr)
         return 0;
-    return static_cast<IntEntry const*>(entry)->key == static_cast<int>(reinterpret_cast<intptr_t>(key)) ? 1 : 0;
+    // An entry starts with its int key.
+    return *static_cast<int const*>(entry) == static_cast<int>(reinterpret_cast<intptr_t>(key)) ? 1 : 0;
 }
 
 int CRCHashFind(void const* entry, void const* probe)
@@ -630,7 +662,7 @@ int CHashTable::AddData(int key, void const* data)
     IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return 0;
-    int const index = b.Add(IntBucket(key, m_bucketCount), IntEntry{key, data});
+    int const index = b.Add(IntBucket(key, m_bucketCount), key, data);
     if (index < 0)
         return 0;
     ++m_count;
@@ -642,10 +674,10 @@ int CHashTable::SetData(int key, void const* data)
     IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return 0;
-    IntEntry* const e = b.Find(IntBucket(key, m_bucketCount), key, true);
-    if (e == nullptr)
+    void const** const slot = b.Find(IntBucket(key, m_bucketCount), key, true);
+    if (slot == nullptr)
         return 0;
-    e->data = data;
+    *slot = data;
     return 1;
 }
 
@@ -656,8 +688,9 @@ void* CHashTable::FindFirstData(int key)
     CPtrArrayCtrl* const bucket = m_buckets[IntBucket(key, m_bucketCount)];
     if (bucket == nullptr)
         return nullptr;
+    Bucket<IntTraits>::Prefetch(bucket);
     int const pos = Bucket<IntTraits>::Find(bucket, key, true);
-    return pos >= 0 ? const_cast<void*>(Bucket<IntTraits>::At(bucket, pos).data) : nullptr;
+    return pos >= 0 ? const_cast<void*>(Bucket<IntTraits>::DataAt(bucket, pos)) : nullptr;
 }
 
 void* CHashTable::FindNextData(int key)
@@ -665,8 +698,8 @@ void* CHashTable::FindNextData(int key)
     IntBuckets const b{m_buckets, m_bucketCount};
     if (!b.Usable())
         return nullptr;
-    IntEntry const* const e = b.Find(IntBucket(key, m_bucketCount), key, false);
-    return e != nullptr ? const_cast<void*>(e->data) : nullptr;
+    void const** const slot = b.Find(IntBucket(key, m_bucketCount), key, false);
+    return slot != nullptr ? const_cast<void*>(*slot) : nullptr;
 }
 
 void* CHashTable::DeleteFirstData(int key)
@@ -795,14 +828,14 @@ void CCRCHashTable::AddData(void const* key, int length, void const* data)
     int const index = CrcIndex(b, key, length, probe);
     if (index < 0)
         return;
-    CrcEntry entry{{nullptr, probe.length, probe.digest}, data};
-    entry.key.bytes = new (std::nothrow) unsigned char[static_cast<size_t>(probe.length)];
-    if (entry.key.bytes == nullptr)
+    CrcKey record{nullptr, probe.length, probe.digest};
+    record.bytes = new (std::nothrow) unsigned char[static_cast<size_t>(probe.length)];
+    if (record.bytes == nullptr)
         return;
     if (probe.length > 0)
-        memcpy(entry.key.bytes, probe.bytes, static_cast<size_t>(probe.length));
-    if (b.Add(index, entry) < 0) {
-        delete[] entry.key.bytes;
+        memcpy(record.bytes, probe.bytes, static_cast<size_t>(probe.length));
+    if (b.Add(index, record, data) < 0) {
+        delete[] record.bytes;
         return;
     }
     ++m_count;
@@ -813,10 +846,10 @@ int CCRCHashTable::SetData(void const* key, int length, void const* data)
     CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
     int const index = CrcIndex(b, key, length, probe);
-    CrcEntry* const e = index < 0 ? nullptr : b.Find(index, probe, true);
-    if (e == nullptr)
+    void const** const slot = index < 0 ? nullptr : b.Find(index, probe, true);
+    if (slot == nullptr)
         return 0;
-    e->data = data;
+    *slot = data;
     return 1;
 }
 
@@ -825,8 +858,8 @@ void* CCRCHashTable::FindFirstData(void const* key, int length)
     CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
     int const index = CrcIndex(b, key, length, probe);
-    CrcEntry const* const e = index < 0 ? nullptr : b.Find(index, probe, true);
-    return e != nullptr ? const_cast<void*>(e->data) : nullptr;
+    void const** const slot = index < 0 ? nullptr : b.Find(index, probe, true);
+    return slot != nullptr ? const_cast<void*>(*slot) : nullptr;
 }
 
 void* CCRCHashTable::FindNextData(void const* key, int length)
@@ -834,8 +867,8 @@ void* CCRCHashTable::FindNextData(void const* key, int length)
     CrcBuckets const b{m_buckets, m_bucketCount};
     CrcKey probe{};
     int const index = CrcIndex(b, key, length, probe);
-    CrcEntry const* const e = index < 0 ? nullptr : b.Find(index, probe, false);
-    return e != nullptr ? const_cast<void*>(e->data) : nullptr;
+    void const** const slot = index < 0 ? nullptr : b.Find(index, probe, false);
+    return slot != nullptr ? const_cast<void*>(*slot) : nullptr;
 }
 
 void* CCRCHashTable::DeleteFirstData(void const* key, int length)
