@@ -14,8 +14,9 @@ namespace {
 
 // Byte shuffles for eight pixels per 128-bit half (-128 clears the byte).
 struct Rgb24ShuffleMasks {
-    alignas(32) signed char pickA[3][32];  // component c of pixel j from bytes 0-15
-    alignas(32) signed char pickB[3][32];  // ... or from bytes 8-23
+    // Component c of pixel j: pixels 0-3 from bytes 0-15, pixels 4-7 from
+    // bytes 8-23; one mask serves both loads, a blend keeps the right half.
+    alignas(32) signed char pick[3][32];
     // Storing: each half holds components 0 and 1 (bytes 0-7, 8-15) of its
     // eight pixels in one register and component 2 in another; its 24
     // output bytes are built as 16 (spread*[0]) and 8 (spread*[1]).
@@ -30,8 +31,7 @@ constexpr Rgb24ShuffleMasks MakeRgb24ShuffleMasks()
         for (int i = 0; i < 32; ++i) {
             int const j = (i % 16) / 2, at = 3 * j + c;
             bool const low = (i & 1) == 0;
-            m.pickA[c][i] = static_cast<signed char>(low && at < 16 ? at : -128);
-            m.pickB[c][i] = static_cast<signed char>(low && at >= 16 ? at - 8 : -128);
+            m.pick[c][i] = static_cast<signed char>(low ? (j < 4 ? at : at - 8) : -128);
         }
     }
     for (int part = 0; part < 2; ++part)
@@ -58,8 +58,8 @@ struct Rgb24x16 {
     }
     PALVET_KERNEL_INLINE static __m256i Pick(__m256i a, __m256i b, int c)
     {
-        return _mm256_or_si256(_mm256_shuffle_epi8(a, Mask(kRgb24Masks.pickA[c])),
-                               _mm256_shuffle_epi8(b, Mask(kRgb24Masks.pickB[c])));
+        __m256i const m = Mask(kRgb24Masks.pick[c]);
+        return _mm256_blend_epi32(_mm256_shuffle_epi8(a, m), _mm256_shuffle_epi8(b, m), 0xCC);
     }
     // Each half takes its eight pixels from two overlapping 16-byte loads
     // (bytes 0-15 and 8-23).
