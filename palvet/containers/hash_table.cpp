@@ -404,6 +404,7 @@ struct Bucket {
     // (RemoveAt keeps it so), which spares the lookups a range check.
     PALVET_HOT_INLINE static int Find(CPtrArrayCtrl* a, KeyArg key, bool first)
     {
+        Prefetch(a);
         int const n = PtrArrayAccess::Count(*a);
         if (first && static_cast<unsigned>(n - 1) < 64u) {
             int const cursor = PtrArrayAccess::Cursor(*a);
@@ -688,7 +689,6 @@ void* CHashTable::FindFirstData(int key)
     CPtrArrayCtrl* const bucket = m_buckets[IntBucket(key, m_bucketCount)];
     if (bucket == nullptr)
         return nullptr;
-    Bucket<IntTraits>::Prefetch(bucket);
     int const pos = Bucket<IntTraits>::Find(bucket, key, true);
     return pos >= 0 ? const_cast<void*>(Bucket<IntTraits>::DataAt(bucket, pos)) : nullptr;
 }
