@@ -125,6 +125,25 @@ struct Avx2 {
     PALVET_KERNEL_INLINE static V SwapAdjacent(V v) { return _mm256_shuffle_epi8(v, Pattern(2)); }
 
     PALVET_KERNEL_INLINE static void LoadRgb24(unsigned char const* p, V& c0, V& c1, V& c2) { Rgb24x16::Load(p, c0, c1, c2); }
+    // Lane permutes are the dearest shuffles here; blocks whose 128-bit
+    // halves hold pixels 8 apart pack back into pixel order without them.
+    using LaneHalves = void;
+    PALVET_KERNEL_INLINE static void LoadRgb24Half(unsigned char const* p, int h, V& c0, V& c1, V& c2)
+    {
+        Rgb24x16::LoadHalves(p + 24 * h, p + 48 + 24 * h, c0, c1, c2);
+    }
+    PALVET_KERNEL_INLINE static void StoreU8Halves(unsigned char* p, V a, V b) { StoreU16(p, _mm256_packus_epi16(a, b)); }
+    PALVET_KERNEL_INLINE static V PairSumHalves(V a, V b)
+    {
+        V const one = _mm256_set1_epi16(1);
+        return _mm256_packs_epi32(_mm256_madd_epi16(a, one), _mm256_madd_epi16(b, one));
+    }
+    PALVET_KERNEL_INLINE static void StoreU8Planes(unsigned char* p, unsigned char* q, V a, V b)
+    {
+        V const both = _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(both));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(q), _mm256_extracti128_si256(both, 1));
+    }
     PALVET_KERNEL_INLINE static void StoreRgb24(unsigned char* p, V c0, V c1, V c2) { Rgb24x16::Store(p, c0, c1, c2); }
     PALVET_KERNEL_INLINE static void StoreArgb(unsigned char* p, V r, V g, V b, V a)
     {

@@ -27,6 +27,11 @@
 //   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
 //   LoadRgb24 / StoreRgb24 / StoreArgb   N interleaved pixels (stores saturate)
 //   optionally (type LumaHigh) MulHiU(a, b): (a * b) >> 16, unsigned
+//   optionally (type LaneHalves) LoadRgb24Half(p, h, c0, c1, c2): pixels
+//                        8h..8h+7 and 16+8h..16+8h+7 of the 32 at p, with
+//                        StoreU8Halves(p, a, b) (the 32 bytes of two such
+//                        blocks), PairSumHalves (PairSum of such blocks, in
+//                        order) and StoreU8Planes(p, q, a, b) (N bytes each)
 //   optionally (type ArgbOrdered) ArgbOrder(v) with StoreArgbOrdered: lanes
 //                        permuted in groups of four so that the store of
 //                        permuted components needs no permutes of its own
@@ -41,6 +46,7 @@
 #include <palvet/imaging/color_conversion_internal.h>
 
 #include <type_traits>
+#include <utility>
 
 // The per-block helpers must melt into the row loops: a call per block
 // passes vectors through memory.
@@ -58,6 +64,11 @@ template <class T, class = void>
 struct HasYuvStdRgb24Pair : std::false_type {};
 template <class T>
 struct HasYuvStdRgb24Pair<T, std::void_t<typename T::YuvRgb24Constants>> : std::true_type {};
+
+template <class T, class = void>
+struct HasLaneHalves : std::false_type {};
+template <class T>
+struct HasLaneHalves<T, std::void_t<typename T::LaneHalves>> : std::true_type {};
 
 template <class T, class = void>
 struct HasLumaHigh : std::false_type {};
@@ -154,35 +165,69 @@ struct Kernels {
         }
     };
 
-    // Y of N pixels is stored; their U and V (clamped) are returned.
-    template <RgbFormat F, bool kStd>
-    PALVET_KERNEL_INLINE static void RgbBlock(RgbForms const& f, unsigned char const* src, bool swap, unsigned char* y, V& u, V& v)
+    // v as it stands, opaque to the optimiser: a sum ends here instead of
+    // being reassociated with the next block's into one long chain, which
+    // would keep every product of both blocks live at once (and spilled).
+    PALVET_KERNEL_INLINE static V Settled(V v)
     {
-        V r, g, b;
-        LoadPixels<F>(src, swap, r, g, b);
+#if defined(__aarch64__) || defined(__arm__)
+        __asm__("" : "+w"(v));
+#else
+        __asm__("" : "+v"(v));
+#endif
+        return v;
+    }
+
+    // Luma of N pixels (with its 16, not yet saturated) is returned, U and V
+    // (clamped) through u and v.
+    template <bool kStd>
+    PALVET_KERNEL_INLINE static V RgbSums(RgbForms const& f, V r, V g, V b, V& u, V& v)
+    {
         if constexpr (kStd) {
+            // Without the 128: the callers add it once per output sample.
             // Luma and the positive chroma terms round, the negative ones
             // truncate toward zero (hence subtracted).
-            I::StoreU8(y, I::Add(I::Add(I::Rnd(r, f.kry), I::Rnd(g, f.kgy)), I::Add(I::Rnd(b, f.kby), I::Set1(16))));
-            // Without the 128: the callers add it once per output sample.
-            u = I::Sub(I::Rnd(b, f.kbu), I::Add(I::SmallFlr(r, f.kru), I::SmallFlr(g, f.kgu)));
-            v = I::Sub(I::Rnd(r, f.krv), I::Add(I::SmallFlr(g, f.kgv), I::SmallFlr(b, f.kbv)));
+            u = Settled(I::Sub(I::Rnd(b, f.kbu), I::Add(I::SmallFlr(r, f.kru), I::SmallFlr(g, f.kgu))));
+            v = Settled(I::Sub(I::Rnd(r, f.krv), I::Add(I::SmallFlr(g, f.kgv), I::SmallFlr(b, f.kbv))));
+            return I::Add(I::Add(I::Rnd(r, f.kry), I::Rnd(g, f.kgy)), I::Add(I::Rnd(b, f.kby), I::Set1(16)));
         } else {
-            I::StoreU8(y, I::Add(I::Add(I::Eval(r, f.ry), I::Eval(g, f.gy)), I::Add(I::Eval(b, f.by), I::Set1(16))));
             u = Clamp(I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128))));
             v = Clamp(I::Add(I::Add(I::Eval(r, f.rv), I::Eval(g, f.gv)), I::Add(I::Eval(b, f.bv), I::Set1(128))));
+            return I::Add(I::Add(I::Eval(r, f.ry), I::Eval(g, f.gy)), I::Add(I::Eval(b, f.by), I::Set1(16)));
         }
     }
 
+    // Y of N pixels is stored; their U and V (clamped) are returned.
+    template <RgbFormat F, bool kStd, class Swap>
+    PALVET_KERNEL_INLINE static void RgbBlock(RgbForms const& f, unsigned char const* src, Swap swap, unsigned char* y, V& u, V& v)
+    {
+        V r, g, b;
+        LoadPixels<F>(src, swap, r, g, b);
+        I::StoreU8(y, RgbSums<kStd>(f, r, g, b, u, v));
+    }
+
+    // The standard matrices' loops get the red/blue swap as a constant:
+    // tested inside the loop, it splits the loop body into branches that
+    // the compiler shuffles registers across.
     template <RgbFormat F, ChromaLayout L, bool kStd>
-    static int RgbToYuv(RgbToYuvRow const& rowIn, RgbToYuvForms const& forms)
+    static int RgbToYuv(RgbToYuvRow const& row, RgbToYuvForms const& forms)
+    {
+        if constexpr (kStd) {
+            return row.swapRB ? RgbToYuvRun<F, L, kStd>(row, forms, std::true_type{})
+                              : RgbToYuvRun<F, L, kStd>(row, forms, std::false_type{});
+        }
+        return RgbToYuvRun<F, L, kStd>(row, forms, row.swapRB);
+    }
+
+    // Swap: bool, or std::bool_constant for a loop without the test.
+    template <RgbFormat F, ChromaLayout L, bool kStd, class Swap>
+    static int RgbToYuvRun(RgbToYuvRow const& rowIn, RgbToYuvForms const& forms, Swap swap)
     {
         // A copy: stores through the pixel pointers could alias the caller's
         // record, which would have the pointers reloaded every step.
         RgbToYuvRow const row = rowIn;
         RgbForms const f(forms);
         constexpr int bytes = Bytes<F>();
-        bool const swap = row.swapRB;
         // Standard chroma comes without its 128 (see RgbBlock).
         V const bias = I::Set1(kStd ? 128 : 0);
         int x = 0;
@@ -196,24 +241,61 @@ struct Kernels {
         } else {
             constexpr int samples = L == ChromaLayout::C420 ? 4 : 2;
             V const sumBias = I::Set1(kStd ? 128 * samples : 0);
-            for (; x + 2 * N <= row.width; x += 2 * N) {
-                PALVET_MCA_BEGIN("rgb-yuv");
-                V us[2], vs[2];
+            constexpr int shift = L == ChromaLayout::C420 ? 2 : 1;
+            if constexpr (F == RgbFormat::Rgb24 && HasLaneHalves<I>::value) {
+                // Each 32-pixel group as two blocks whose halves alternate
+                // (see I::LoadRgb24Half): the packs then leave every byte in
+                // pixel order, with no lane permutes for luma and one for
+                // both chroma planes.
+                for (; x + 2 * N <= row.width; x += 2 * N) {
+                    PALVET_MCA_BEGIN("rgb-yuv");
+                    V us[2], vs[2], ys[2];
 #pragma GCC unroll 2
-                for (int h = 0; h < 2; ++h) {
-                    int const px = x + h * N;
-                    RgbBlock<F, kStd>(f, row.src[0] + px * bytes, swap, row.y[0] + px, us[h], vs[h]);
-                    if constexpr (L == ChromaLayout::C420) {
-                        V u1, v1;
-                        RgbBlock<F, kStd>(f, row.src[1] + px * bytes, swap, row.y[1] + px, u1, v1);
-                        us[h] = I::Add(us[h], u1);
-                        vs[h] = I::Add(vs[h], v1);
+                    for (int h = 0; h < 2; ++h) {
+                        V r, g, b;
+                        I::LoadRgb24Half(row.src[0] + x * bytes, h, r, g, b);
+                        if (swap)
+                            std::swap(r, b);
+                        ys[h] = RgbSums<kStd>(f, r, g, b, us[h], vs[h]);
                     }
+                    I::StoreU8Halves(row.y[0] + x, ys[0], ys[1]);
+                    if constexpr (L == ChromaLayout::C420) {
+#pragma GCC unroll 2
+                        for (int h = 0; h < 2; ++h) {
+                            V r, g, b, u1, v1;
+                            I::LoadRgb24Half(row.src[1] + x * bytes, h, r, g, b);
+                            if (swap)
+                                std::swap(r, b);
+                            ys[h] = RgbSums<kStd>(f, r, g, b, u1, v1);
+                            us[h] = I::Add(us[h], u1);
+                            vs[h] = I::Add(vs[h], v1);
+                        }
+                        I::StoreU8Halves(row.y[1] + x, ys[0], ys[1]);
+                    }
+                    I::StoreU8Planes(row.u + x / 2, row.v + x / 2,
+                                     I::template SrlI<shift>(I::Add(I::PairSumHalves(us[0], us[1]), sumBias)),
+                                     I::template SrlI<shift>(I::Add(I::PairSumHalves(vs[0], vs[1]), sumBias)));
+                    PALVET_MCA_END("rgb-yuv");
                 }
-                constexpr int shift = L == ChromaLayout::C420 ? 2 : 1;
-                I::StoreU8(row.u + x / 2, I::template SrlI<shift>(I::Add(I::PairSum(us[0], us[1]), sumBias)));
-                I::StoreU8(row.v + x / 2, I::template SrlI<shift>(I::Add(I::PairSum(vs[0], vs[1]), sumBias)));
-                PALVET_MCA_END("rgb-yuv");
+            } else {
+                for (; x + 2 * N <= row.width; x += 2 * N) {
+                    PALVET_MCA_BEGIN("rgb-yuv");
+                    V us[2], vs[2];
+#pragma GCC unroll 2
+                    for (int h = 0; h < 2; ++h) {
+                        int const px = x + h * N;
+                        RgbBlock<F, kStd>(f, row.src[0] + px * bytes, swap, row.y[0] + px, us[h], vs[h]);
+                        if constexpr (L == ChromaLayout::C420) {
+                            V u1, v1;
+                            RgbBlock<F, kStd>(f, row.src[1] + px * bytes, swap, row.y[1] + px, u1, v1);
+                            us[h] = I::Add(us[h], u1);
+                            vs[h] = I::Add(vs[h], v1);
+                        }
+                    }
+                    I::StoreU8(row.u + x / 2, I::template SrlI<shift>(I::Add(I::PairSum(us[0], us[1]), sumBias)));
+                    I::StoreU8(row.v + x / 2, I::template SrlI<shift>(I::Add(I::PairSum(vs[0], vs[1]), sumBias)));
+                    PALVET_MCA_END("rgb-yuv");
+                }
             }
         }
         return x;

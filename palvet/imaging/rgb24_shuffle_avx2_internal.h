@@ -51,24 +51,32 @@ struct Rgb24x16 {
     {
         return _mm256_load_si256(reinterpret_cast<__m256i const*>(m));
     }
+    // Two broadcast loads and a blend: a broadcast from memory is a plain
+    // load, where an insert takes a lane-crossing shuffle.
     PALVET_KERNEL_INLINE static __m256i Load2(unsigned char const* lo, unsigned char const* hi)
     {
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(lo))),
-                                       _mm_loadu_si128(reinterpret_cast<__m128i const*>(hi)), 1);
+        __m256i const a = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(lo)));
+        __m256i const b = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(hi)));
+        return _mm256_blend_epi32(a, b, 0xF0);
     }
     PALVET_KERNEL_INLINE static __m256i Pick(__m256i a, __m256i b, int c)
     {
         __m256i const m = Mask(kRgb24Masks.pick[c]);
         return _mm256_blend_epi32(_mm256_shuffle_epi8(a, m), _mm256_shuffle_epi8(b, m), 0xCC);
     }
-    // Each half takes its eight pixels from two overlapping 16-byte loads
-    // (bytes 0-15 and 8-23).
-    PALVET_KERNEL_INLINE static void Load(unsigned char const* p, __m256i& c0, __m256i& c1, __m256i& c2)
+    // Eight pixels at lo into the low half, eight at hi into the high half;
+    // each half from two overlapping 16-byte loads (bytes 0-15 and 8-23).
+    PALVET_KERNEL_INLINE static void LoadHalves(unsigned char const* lo, unsigned char const* hi, __m256i& c0,
+                                                __m256i& c1, __m256i& c2)
     {
-        __m256i const a = Load2(p, p + 24), b = Load2(p + 8, p + 32);
+        __m256i const a = Load2(lo, hi), b = Load2(lo + 8, hi + 8);
         c0 = Pick(a, b, 0);
         c1 = Pick(a, b, 1);
         c2 = Pick(a, b, 2);
+    }
+    PALVET_KERNEL_INLINE static void Load(unsigned char const* p, __m256i& c0, __m256i& c1, __m256i& c2)
+    {
+        LoadHalves(p, p + 24, c0, c1, c2);
     }
     PALVET_KERNEL_INLINE static __m256i Spread(__m256i a, __m256i b, int part)
     {
