@@ -155,10 +155,23 @@ struct Avx2 {
     }
 
     // The unpacks of StoreArgb leave pixels 0-3 and 8-11 in one half; with
-    // the quarters swapped beforehand (a single permute on the input), each
-    // half comes out whole.
+    // the middle quarters of the input swapped as it is loaded, each half
+    // comes out whole.
     using ArgbOrdered = void;
-    PALVET_KERNEL_INLINE static V ArgbOrder(V v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+    // Two broadcast loads (plain loads) and an in-lane shuffle: a
+    // lane-crossing permute takes a shuffle pipe for longer.
+    PALVET_KERNEL_INLINE static V LoadU16ArgbOrdered(unsigned char const* p)
+    {
+        __m256d const a = _mm256_castsi256_pd(_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(p))));
+        __m256d const b = _mm256_castsi256_pd(_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(p + 16))));
+        return _mm256_castpd_si256(_mm256_shuffle_pd(a, b, 0xC));
+    }
+    // The quarters swapped while still bytes, in one 128-bit shuffle.
+    PALVET_KERNEL_INLINE static V LoadU8ArgbOrdered(unsigned char const* p)
+    {
+        __m128i const v = _mm_loadu_si128(reinterpret_cast<__m128i const*>(p));
+        return _mm256_cvtepu8_epi16(_mm_shuffle_epi32(v, 0xD8));
+    }
     PALVET_KERNEL_INLINE static void StoreArgbOrdered(unsigned char* p, V r, V g, V b, V a)
     {
         V const br = _mm256_packus_epi16(b, r), ga = _mm256_packus_epi16(g, a);

@@ -32,9 +32,10 @@
 //                        StoreU8Halves(p, a, b) (the 32 bytes of two such
 //                        blocks), PairSumHalves (PairSum of such blocks, in
 //                        order) and StoreU8Planes(p, q, a, b) (N bytes each)
-//   optionally (type ArgbOrdered) ArgbOrder(v) with StoreArgbOrdered: lanes
-//                        permuted in groups of four so that the store of
-//                        permuted components needs no permutes of its own
+//   optionally (type ArgbOrdered) LoadU16ArgbOrdered / LoadU8ArgbOrdered
+//                        (LoadU16 / LoadU8 with the lanes permuted in groups
+//                        of four) with StoreArgbOrdered, the store of such
+//                        permuted components, which needs no permutes of its own
 //   SplitPairs / JoinPairs               interleaved bytes <-> two planes
 // and optionally, where a hand-scheduled loop pays:
 //   PackedArgbConstants, PackedStdArgb<kYvy, kAlpha>(...)   PackedStd's
@@ -531,9 +532,11 @@ struct Kernels {
         for (; x + N <= width; x += N) {
             if constexpr (!kOwnLoop)
                 PALVET_MCA_BEGIN("packed-std");
-            V w = I::LoadU16(row.src + 2 * x);
+            V w;
             if constexpr (kArgbOrder)
-                w = I::ArgbOrder(w);
+                w = I::LoadU16ArgbOrdered(row.src + 2 * x);
+            else
+                w = I::LoadU16(row.src + 2 * x);
             // |d| << shift split by sign: pos where d > 0, neg where d < 0,
             // 0 elsewhere. Both roundings give 0 for 0, so each side's
             // multiply can run on every lane and the sum is the table entry,
@@ -558,7 +561,7 @@ struct Kernels {
             }
             V const r = I::Add(yr, er), g = I::Sub(yg, ng), b = I::Add(yb, eb);
             if constexpr (kArgbOrder)
-                I::StoreArgbOrdered(row.dst + x * bytes, r, g, b, kAlpha ? I::ArgbOrder(I::LoadU8(row.alpha + x)) : opaque);
+                I::StoreArgbOrdered(row.dst + x * bytes, r, g, b, kAlpha ? I::LoadU8ArgbOrdered(row.alpha + x) : opaque);
             else
                 StorePacked<F>(row.dst + x * bytes, row.swapRB, r, g, b, kAlpha ? I::LoadU8(row.alpha + x) : opaque);
             if constexpr (!kOwnLoop)
