@@ -166,11 +166,15 @@ struct Avx2 {
         __m256d const b = _mm256_castsi256_pd(_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(p + 16))));
         return _mm256_castpd_si256(_mm256_shuffle_pd(a, b, 0xC));
     }
-    // The quarters swapped while still bytes, in one 128-bit shuffle.
+    // Bytes 0-3 and 8-11 widened into the low half, 4-7 and 12-15 into the
+    // high one, by one in-lane shuffle of a broadcast load (widening a
+    // register takes a shuffle pipe for two cycles; from memory it would be
+    // cheap, but in the wrong order).
     PALVET_KERNEL_INLINE static V LoadU8ArgbOrdered(unsigned char const* p)
     {
-        __m128i const v = _mm_loadu_si128(reinterpret_cast<__m128i const*>(p));
-        return _mm256_cvtepu8_epi16(_mm_shuffle_epi32(v, 0xD8));
+        V const v = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const*>(p)));
+        return _mm256_shuffle_epi8(v, _mm256_setr_epi8(0, -1, 1, -1, 2, -1, 3, -1, 8, -1, 9, -1, 10, -1, 11, -1,  //
+                                                       4, -1, 5, -1, 6, -1, 7, -1, 12, -1, 13, -1, 14, -1, 15, -1));
     }
     PALVET_KERNEL_INLINE static void StoreArgbOrdered(unsigned char* p, V r, V g, V b, V a)
     {
