@@ -247,36 +247,63 @@ struct Kernels {
                 // Each 32-pixel group as two blocks whose halves alternate
                 // (see I::LoadRgb24Half): the packs then leave every byte in
                 // pixel order, with no lane permutes for luma and one for
-                // both chroma planes.
-                for (; x + 2 * N <= row.width; x += 2 * N) {
-                    PALVET_MCA_BEGIN("rgb-yuv");
-                    V us[2], vs[2], ys[2];
+                // both chroma planes. A group's luma is stored, its chroma
+                // returned in us and vs.
+                auto const group = [&](unsigned char const* src, unsigned char* y, V* us, V* vs)
+                                       __attribute__((always_inline)) {
+                    V ys[2];
 #pragma GCC unroll 2
                     for (int h = 0; h < 2; ++h) {
                         V r, g, b;
-                        I::LoadRgb24Half(row.src[0] + x * bytes, h, r, g, b);
+                        I::LoadRgb24Half(src, h, r, g, b);
                         if (swap)
                             std::swap(r, b);
                         ys[h] = RgbSums<kStd>(f, r, g, b, us[h], vs[h]);
                     }
-                    I::StoreU8Halves(row.y[0] + x, ys[0], ys[1]);
-                    if constexpr (L == ChromaLayout::C420) {
-#pragma GCC unroll 2
-                        for (int h = 0; h < 2; ++h) {
-                            V r, g, b, u1, v1;
-                            I::LoadRgb24Half(row.src[1] + x * bytes, h, r, g, b);
-                            if (swap)
-                                std::swap(r, b);
-                            ys[h] = RgbSums<kStd>(f, r, g, b, u1, v1);
-                            us[h] = I::Add(us[h], u1);
-                            vs[h] = I::Add(vs[h], v1);
-                        }
-                        I::StoreU8Halves(row.y[1] + x, ys[0], ys[1]);
-                    }
-                    I::StoreU8Planes(row.u + x / 2, row.v + x / 2,
+                    I::StoreU8Halves(y, ys[0], ys[1]);
+                };
+                auto const chroma = [&](int at, V const* us, V const* vs) __attribute__((always_inline)) {
+                    I::StoreU8Planes(row.u + at / 2, row.v + at / 2,
                                      I::template SrlI<shift>(I::Add(I::PairSumHalves(us[0], us[1]), sumBias)),
                                      I::template SrlI<shift>(I::Add(I::PairSumHalves(vs[0], vs[1]), sumBias)));
-                    PALVET_MCA_END("rgb-yuv");
+                };
+                if constexpr (L == ChromaLayout::C422) {
+                    for (; x + 2 * N <= row.width; x += 2 * N) {
+                        V us[2], vs[2];
+                        group(row.src[0] + x * bytes, row.y[0] + x, us, vs);
+                        chroma(x, us, vs);
+                    }
+                } else {
+                    // A row pair in runs of up to kRun groups: the first
+                    // row's chroma is parked, then the second row's loop
+                    // adds it. Two short loops keep more groups in flight
+                    // than one long one, whose dependency chains fill the
+                    // scheduler before the next group's loads can start.
+                    constexpr int kRun = 16;
+                    V parked[kRun][4];
+                    while (x + 2 * N <= row.width) {
+                        int const left = (row.width - x) / (2 * N);
+                        int const run = left < kRun ? left : kRun;
+                        for (int s = 0; s < run; ++s) {
+                            PALVET_MCA_BEGIN("rgb-yuv-first");
+                            int const at = x + s * 2 * N;
+                            group(row.src[0] + at * bytes, row.y[0] + at, parked[s], parked[s] + 2);
+                            PALVET_MCA_END("rgb-yuv-first");
+                        }
+                        for (int s = 0; s < run; ++s) {
+                            PALVET_MCA_BEGIN("rgb-yuv");
+                            int const at = x + s * 2 * N;
+                            V us[2], vs[2];
+                            group(row.src[1] + at * bytes, row.y[1] + at, us, vs);
+                            for (int h = 0; h < 2; ++h) {
+                                us[h] = I::Add(us[h], parked[s][h]);
+                                vs[h] = I::Add(vs[h], parked[s][2 + h]);
+                            }
+                            chroma(at, us, vs);
+                            PALVET_MCA_END("rgb-yuv");
+                        }
+                        x += run * 2 * N;
+                    }
                 }
             } else {
                 for (; x + 2 * N <= row.width; x += 2 * N) {
