@@ -267,43 +267,41 @@ struct Kernels {
                                      I::template SrlI<shift>(I::Add(I::PairSumHalves(us[0], us[1]), sumBias)),
                                      I::template SrlI<shift>(I::Add(I::PairSumHalves(vs[0], vs[1]), sumBias)));
                 };
-                if constexpr (L == ChromaLayout::C422) {
-                    for (; x + 2 * N <= row.width; x += 2 * N) {
-                        V us[2], vs[2];
-                        group(row.src[0] + x * bytes, row.y[0] + x, us, vs);
-                        chroma(x, us, vs);
+                // Runs of up to kRun groups in short loops: the first row's
+                // chroma is parked, a second row's added to it, then the
+                // chroma samples are made. Short loops keep more groups in
+                // flight than one long one, whose dependency chains fill the
+                // scheduler before the next group's loads can start.
+                constexpr int kRun = 16;
+                V parked[kRun][4];
+                while (x + 2 * N <= row.width) {
+                    int const left = (row.width - x) / (2 * N);
+                    int const run = left < kRun ? left : kRun;
+                    for (int s = 0; s < run; ++s) {
+                        PALVET_MCA_BEGIN("rgb-yuv-first");
+                        int const at = x + s * 2 * N;
+                        group(row.src[0] + at * bytes, row.y[0] + at, parked[s], parked[s] + 2);
+                        PALVET_MCA_END("rgb-yuv-first");
                     }
-                } else {
-                    // A row pair in runs of up to kRun groups: the first
-                    // row's chroma is parked, then the second row's loop
-                    // adds it. Two short loops keep more groups in flight
-                    // than one long one, whose dependency chains fill the
-                    // scheduler before the next group's loads can start.
-                    constexpr int kRun = 16;
-                    V parked[kRun][4];
-                    while (x + 2 * N <= row.width) {
-                        int const left = (row.width - x) / (2 * N);
-                        int const run = left < kRun ? left : kRun;
-                        for (int s = 0; s < run; ++s) {
-                            PALVET_MCA_BEGIN("rgb-yuv-first");
-                            int const at = x + s * 2 * N;
-                            group(row.src[0] + at * bytes, row.y[0] + at, parked[s], parked[s] + 2);
-                            PALVET_MCA_END("rgb-yuv-first");
-                        }
+                    if constexpr (L == ChromaLayout::C420) {
                         for (int s = 0; s < run; ++s) {
                             PALVET_MCA_BEGIN("rgb-yuv");
                             int const at = x + s * 2 * N;
                             V us[2], vs[2];
                             group(row.src[1] + at * bytes, row.y[1] + at, us, vs);
                             for (int h = 0; h < 2; ++h) {
-                                us[h] = I::Add(us[h], parked[s][h]);
-                                vs[h] = I::Add(vs[h], parked[s][2 + h]);
+                                parked[s][h] = I::Add(us[h], parked[s][h]);
+                                parked[s][2 + h] = I::Add(vs[h], parked[s][2 + h]);
                             }
-                            chroma(at, us, vs);
                             PALVET_MCA_END("rgb-yuv");
                         }
-                        x += run * 2 * N;
                     }
+                    for (int s = 0; s < run; ++s) {
+                        PALVET_MCA_BEGIN("rgb-yuv-chroma");
+                        chroma(x + s * 2 * N, parked[s], parked[s] + 2);
+                        PALVET_MCA_END("rgb-yuv-chroma");
+                    }
+                    x += run * 2 * N;
                 }
             } else {
                 for (; x + 2 * N <= row.width; x += 2 * N) {

@@ -123,7 +123,8 @@ void CompareAllPaths(unsigned seed)
         sizes.push_back({w, 1 + w % 4});
     sizes.push_back({97, 7});
     sizes.push_back({130, 3});
-    sizes.push_back({261, 5});  // several 512-bit steps per row
+    sizes.push_back({261, 5});   // several 512-bit steps per row
+    sizes.push_back({1100, 3});  // rows longer than the kernels' runs of steps
     for (Case const& c : Cases()) {
         for (auto [w, h] : sizes) {
             Bytes src(c.srcSize(w, h));
