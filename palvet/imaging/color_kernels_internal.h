@@ -229,7 +229,7 @@ struct Kernels {
         RgbToYuvRow const row = rowIn;
         RgbForms const f(forms);
         constexpr int bytes = Bytes<F>();
-        // Standard chroma comes without its 128 (see RgbBlock).
+        // Standard chroma comes without its 128 (see RgbSums).
         V const bias = I::Set1(kStd ? 128 : 0);
         int x = 0;
         if constexpr (L == ChromaLayout::C444) {
