@@ -110,12 +110,9 @@ struct Avx2 {
                                   EvalHalf(_mm256_unpackhi_epi16(one, d), f));
     }
 
-    PALVET_KERNEL_INLINE static V PairSum(V a, V b)
-    {
-        V const one = _mm256_set1_epi16(1);
-        V const s = _mm256_packs_epi32(_mm256_madd_epi16(a, one), _mm256_madd_epi16(b, one));
-        return _mm256_permute4x64_epi64(s, 0xD8);
-    }
+    // The packs leave a's sums and b's interleaved by half; the permute puts
+    // them in order.
+    PALVET_KERNEL_INLINE static V PairSum(V a, V b) { return _mm256_permute4x64_epi64(PairSumHalves(a, b), 0xD8); }
     PALVET_KERNEL_INLINE static void Dup(V c, V& lo, V& hi)
     {
         V const q = _mm256_permute4x64_epi64(c, 0xD8);
@@ -133,6 +130,8 @@ struct Avx2 {
         Rgb24x16::LoadHalves(p + 24 * h, p + 48 + 24 * h, c0, c1, c2);
     }
     PALVET_KERNEL_INLINE static void StoreU8Halves(unsigned char* p, V a, V b) { StoreU16(p, _mm256_packus_epi16(a, b)); }
+    // PairSum without its final permute: for blocks of alternating halves the
+    // order is already right.
     PALVET_KERNEL_INLINE static V PairSumHalves(V a, V b)
     {
         V const one = _mm256_set1_epi16(1);

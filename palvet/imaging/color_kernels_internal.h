@@ -47,7 +47,6 @@
 #include <palvet/imaging/color_conversion_internal.h>
 
 #include <type_traits>
-#include <utility>
 
 // The per-block helpers must melt into the row loops: a call per block
 // passes vectors through memory.
@@ -89,6 +88,17 @@ struct Kernels {
 
     PALVET_KERNEL_INLINE static V Clamp(V v) { return I::Max(I::Min(v, I::Set1(255)), I::Set1(0)); }
 
+    // Red and blue exchanged where swap holds (a bool, or a constant).
+    template <class Swap>
+    PALVET_KERNEL_INLINE static void SwapIf(Swap swap, V& r, V& b)
+    {
+        if (swap) {
+            V const t = r;
+            r = b;
+            b = t;
+        }
+    }
+
     template <RgbFormat F>
     static constexpr int Bytes()
     {
@@ -111,22 +121,14 @@ struct Kernels {
             }
             b = I::template SllI<3>(I::And(v, I::Set1(0x1F)));
         }
-        if (swap) {
-            V t = r;
-            r = b;
-            b = t;
-        }
+        SwapIf(swap, r, b);
     }
 
     // r, g and b are unclamped sums.
     template <RgbFormat F>
     PALVET_KERNEL_INLINE static void StorePixels(unsigned char* p, bool swap, V r, V g, V b)
     {
-        if (swap) {
-            V t = r;
-            r = b;
-            b = t;
-        }
+        SwapIf(swap, r, b);
         if constexpr (F == RgbFormat::Rgb24) {
             I::StoreRgb24(p, r, g, b);
         } else {
@@ -256,8 +258,7 @@ struct Kernels {
                     for (int h = 0; h < 2; ++h) {
                         V r, g, b;
                         I::LoadRgb24Half(src, h, r, g, b);
-                        if (swap)
-                            std::swap(r, b);
+                        SwapIf(swap, r, b);
                         ys[h] = RgbSums<kStd>(f, r, g, b, us[h], vs[h]);
                     }
                     I::StoreU8Halves(y, ys[0], ys[1]);
