@@ -552,6 +552,9 @@ struct Kernels {
         // (where it has one), so that the store needs no reordering.
         constexpr bool kArgbOrder = F == RgbFormat::Argb32 && HasArgbOrder<I>::value;
         V const lowByte = I::Set1(0xFF), opaque = I::Set1(255);
+        // The chroma byte, scaled by 1 << mulShift (at most 8), with one
+        // shift: shifts share the shuffle units, masks do not.
+        V const chromaByte = I::Set1(~0xFF);
         V const c128 = I::Set1(128 << mulShift);
         V const highK = I::Set1(forms.lumaForm.highK), highB = I::Set1(forms.lumaForm.highB);
         int x = 0;
@@ -567,7 +570,7 @@ struct Kernels {
             // 0 elsewhere. Both roundings give 0 for 0, so each side's
             // multiply can run on every lane and the sum is the table entry,
             // with no sign selection.
-            V const cs = I::Sll(I::template SrlI<8>(w), mulShift);
+            V const cs = I::Srl(I::And(w, chromaByte), 8 - mulShift);
             V const pos = I::SubSatU(cs, c128), neg = I::SubSatU(c128, cs);
             V const rb = I::Sub(I::Rnd(pos, rbR), I::Flr(neg, rbF));
             // Green's terms are negative where d > 0; this is their negation,
