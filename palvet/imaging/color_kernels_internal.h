@@ -522,6 +522,9 @@ struct Kernels {
 
     // Standard layout: red has only a V term and blue only a U term, so one
     // evaluation serves both, U lanes for blue and V lanes for red.
+    // kHigh: the luma in its high form, and the chroma floors as unsigned
+    // multiplies by twice their constants (UnsignedFloors), which saves the
+    // doubling of their inputs; both need MulHiU.
     template <RgbFormat F, bool kYvy, bool kAlpha, bool kHigh>
     static int PackedStd(PackedToRgbRow const& rowIn, YuvToRgbForms const& forms)
     {
@@ -533,6 +536,11 @@ struct Kernels {
         V const rbF = Alternate(forms.mub.kFlr, forms.mvr.kFlr, kYvy);
         V const gR = Alternate(forms.mug.kRnd, forms.mvg.kRnd, kYvy);
         V const gF = Alternate(forms.mug.kFlr, forms.mvg.kFlr, kYvy);
+        // (a * k) >> 15 is (a * 2k) >> 16 for a, k >= 0; 2k wraps into the
+        // unsigned range.
+        auto const twice = [](int16_t k) { return static_cast<int16_t>(static_cast<uint16_t>(2 * k)); };
+        V const rbF2 = Alternate(twice(forms.mub.kFlr), twice(forms.mvr.kFlr), kYvy);
+        V const gF2 = Alternate(twice(forms.mug.kFlr), twice(forms.mvg.kFlr), kYvy);
         int const mulShift = forms.mulShift;
         constexpr int bytes = Bytes<F>();
         int const width = row.pairs * 2;
@@ -572,10 +580,16 @@ struct Kernels {
             // with no sign selection.
             V const cs = I::Srl(I::And(w, chromaByte), 8 - mulShift);
             V const pos = I::SubSatU(cs, c128), neg = I::SubSatU(c128, cs);
-            V const rb = I::Sub(I::Rnd(pos, rbR), I::Flr(neg, rbF));
+            auto const flr = [](V a, V k, V k2) {
+                if constexpr (kHigh)
+                    return I::MulHiU(a, k2);
+                else
+                    return I::Flr(a, k);
+            };
+            V const rb = I::Sub(I::Rnd(pos, rbR), flr(neg, rbF, rbF2));
             // Green's terms are negative where d > 0; this is their negation,
             // which is then subtracted.
-            V ng = I::Sub(I::Flr(pos, gF), I::Rnd(neg, gR));
+            V ng = I::Sub(flr(pos, gF, gF2), I::Rnd(neg, gR));
             ng = I::Add(ng, I::SwapAdjacent(ng));
             V const er = kYvy ? I::DupEven(rb) : I::DupOdd(rb);
             V const eb = kYvy ? I::DupOdd(rb) : I::DupEven(rb);
@@ -655,10 +669,15 @@ struct Kernels {
         if (!YuvForms::Standard(forms))
             return PackedGeneral<F>(row, forms);
         if constexpr (HasLumaHigh<I>::value) {
-            if (forms.lumaForm.high)
+            if (forms.lumaForm.high && UnsignedFloors(forms))
                 return PackedStdAny<F, true>(row, forms);
         }
         return PackedStdAny<F, false>(row, forms);
+    }
+
+    static bool UnsignedFloors(YuvToRgbForms const& forms)
+    {
+        return forms.mub.kFlr >= 0 && forms.mvr.kFlr >= 0 && forms.mug.kFlr >= 0 && forms.mvg.kFlr >= 0;
     }
 
     template <RgbFormat F, bool kHigh>
