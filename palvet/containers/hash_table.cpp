@@ -86,6 +86,14 @@ namespace {
 
 using palvet::detail::PtrArrayAccess;
 
+// v, unknown to the optimiser: a value computed with masks stays so instead
+// of becoming a branch on loaded data.
+PALVET_HOT_INLINE int Opaque(int v)
+{
+    asm("" : "+r"(v));
+    return v;
+}
+
 // A byte-string key record: what CRCHashFind reads of an entry, and the
 // lookup probe, so both compare through the same type.
 struct CrcKey {
@@ -462,7 +470,9 @@ struct Bucket {
                     PtrArrayAccess::RecordFindInRange(*a, c, c, c);
                     return c;
                 }
-                int const next = c + 1 == n ? 0 : c + 1;
+                // A mask, kept from becoming a branch: whether the cursor is
+                // the last entry is a coin toss in small buckets.
+                int const next = Opaque((c + 1) & -static_cast<int>(c + 1 != n));
                 if (tags[next] == tag) {  // with one entry, next is the cursor again
                     PtrArrayAccess::RecordFindInRange(*a, c, c, next);
                     return next;
