@@ -2,8 +2,8 @@
 // judging a change on a machine whose speed drifts by tens of percent from
 // minute to minute: each build is loaded with dlopen, and their passes over
 // the keys (and std::unordered_multimap's) alternate, so that a slow phase
-// falls on all of them alike. The keys and orders are those of
-// containers_bench. Prints the fastest and the median pass per job, in ms.
+// falls on all of them alike. The keys and orders are containers_bench's.
+// Prints the fastest and the median pass per job, in ms.
 //
 // Usage: hash_table_ab [--rounds N] LIBPALVET.so...
 // The program does not link the library, so that every build's calls stay
@@ -12,20 +12,20 @@
 
 #include <dlfcn.h>
 
+#include "hash_bench_keys.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <random>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace {
 
-constexpr int kKeys = 1 << 20;
 constexpr int kBucketCounts[] = {1 << 16, 1 << 20};
 char const* const kJobs[] = {"64K buckets, insertion order", "64K buckets, shuffled", "1M buckets, insertion order",
                              "1M buckets, shuffled"};
@@ -49,11 +49,6 @@ bool Resolve(void* lib, char const* symbol, F& out)
         return false;
     out = reinterpret_cast<F>(p);
     return true;
-}
-
-void const* DataFor(int key)
-{
-    return reinterpret_cast<void const*>(static_cast<intptr_t>(key) + 1);
 }
 
 template <class Find>
@@ -103,23 +98,19 @@ int main(int argc, char** argv)
         return 2;
     }
 
-    std::mt19937 rng(4);
-    std::vector<int> keys(kKeys);
-    for (int& x : keys)
-        x = static_cast<int>(rng() & 0x7FFFFFFF);
-    std::vector<int> shuffled = keys;
-    std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(5));
+    std::vector<int> const& keys = palvet_bench::HashKeys();
+    std::vector<int> const& shuffled = palvet_bench::ShuffledHashKeys();
 
     for (Build* b : builds) {
         for (int t = 0; t < 2; ++t) {
             b->construct(b->tables[t], kBucketCounts[t]);
             for (int k : keys)
-                b->add(b->tables[t], k, DataFor(k));
+                b->add(b->tables[t], k, palvet_bench::HashDataFor(k));
         }
     }
     std::unordered_multimap<int, void const*> map;
     for (int k : keys)
-        map.emplace(k, DataFor(k));
+        map.emplace(k, palvet_bench::HashDataFor(k));
     std::vector<double> stdPasses[2];
 
     for (int r = 0; r < rounds; ++r) {

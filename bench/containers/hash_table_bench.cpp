@@ -4,50 +4,25 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdint>
-#include <algorithm>
-#include <random>
+#include "hash_bench_keys.h"
+
 #include <unordered_map>
 #include <vector>
 
 namespace {
 
-constexpr int kKeys = 1 << 20;
-
-std::vector<int> const& Keys()
-{
-    static std::vector<int> const keys = [] {
-        std::mt19937 rng(4);
-        std::vector<int> k(kKeys);
-        for (int& x : k)
-            x = static_cast<int>(rng() & 0x7FFFFFFF);
-        return k;
-    }();
-    return keys;
-}
-
-std::vector<int> const& ShuffledKeys()
-{
-    static std::vector<int> const keys = [] {
-        std::vector<int> k = Keys();
-        std::shuffle(k.begin(), k.end(), std::mt19937(5));
-        return k;
-    }();
-    return keys;
-}
-
-void const* DataFor(int key)
-{
-    return reinterpret_cast<void const*>(static_cast<intptr_t>(key) + 1);
-}
+constexpr int kKeys = palvet_bench::kHashKeys;
+using palvet_bench::HashKeys;
+using palvet_bench::ShuffledHashKeys;
+using palvet_bench::HashDataFor;
 
 void BM_HashTableAdd(benchmark::State& state)
 {
     int const buckets = static_cast<int>(state.range(0));
     for (auto _ : state) {
         CHashTable table(buckets);
-        for (int k : Keys())
-            table.AddData(k, DataFor(k));
+        for (int k : HashKeys())
+            table.AddData(k, HashDataFor(k));
         benchmark::DoNotOptimize(table.GetCount());
         state.PauseTiming();  // leave the teardown out
         table.DeleteAll();
@@ -61,8 +36,8 @@ void BM_UnorderedMultimapAdd(benchmark::State& state)
 {
     for (auto _ : state) {
         std::unordered_multimap<int, void const*> map;
-        for (int k : Keys())
-            map.emplace(k, DataFor(k));
+        for (int k : HashKeys())
+            map.emplace(k, HashDataFor(k));
         benchmark::DoNotOptimize(map.size());
         state.PauseTiming();
         map.clear();
@@ -75,9 +50,9 @@ BENCHMARK(BM_UnorderedMultimapAdd)->Unit(benchmark::kMillisecond);
 void BM_HashTableFind(benchmark::State& state)
 {
     CHashTable table(static_cast<int>(state.range(0)));
-    for (int k : Keys())
-        table.AddData(k, DataFor(k));
-    std::vector<int> const& order = state.range(1) ? ShuffledKeys() : Keys();
+    for (int k : HashKeys())
+        table.AddData(k, HashDataFor(k));
+    std::vector<int> const& order = state.range(1) ? ShuffledHashKeys() : HashKeys();
     for (auto _ : state) {
         for (int k : order)
             benchmark::DoNotOptimize(table.FindFirstData(k));
@@ -95,9 +70,9 @@ BENCHMARK(BM_HashTableFind)
 void BM_UnorderedMultimapFind(benchmark::State& state)
 {
     std::unordered_multimap<int, void const*> map;
-    for (int k : Keys())
-        map.emplace(k, DataFor(k));
-    std::vector<int> const& order = state.range(0) ? ShuffledKeys() : Keys();
+    for (int k : HashKeys())
+        map.emplace(k, HashDataFor(k));
+    std::vector<int> const& order = state.range(0) ? ShuffledHashKeys() : HashKeys();
     for (auto _ : state) {
         for (int k : order)
             benchmark::DoNotOptimize(map.find(k)->second);
