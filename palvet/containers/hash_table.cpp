@@ -35,6 +35,12 @@ struct PtrArrayAccess {
         a.m_findBackward = backward;
         a.m_findForward = forward;
     }
+    static void CopyFind(CPtrArrayCtrl& to, CPtrArrayCtrl const& from)
+    {
+        to.m_findStart = from.m_findStart;
+        to.m_findBackward = from.m_findBackward;
+        to.m_findForward = from.m_findForward;
+    }
     // As SetFindData.
     static void RecordFind(CPtrArrayCtrl& a, int start, int backward, int forward)
     {
@@ -69,14 +75,6 @@ struct PtrArrayAccess {
         int other = c - d + (forward && d > 0 ? 1 : 0);
         other += other < 0 ? n : 0;
         return forward ? FindState{c, other, j} : FindState{c, j, other};
-    }
-    static void CopyState(CPtrArrayCtrl& to, CPtrArrayCtrl const& from)
-    {
-        to.m_count = from.m_count;
-        to.m_curPos = from.m_curPos;
-        to.m_findStart = from.m_findStart;
-        to.m_findBackward = from.m_findBackward;
-        to.m_findForward = from.m_findForward;
     }
 };
 
@@ -163,20 +161,74 @@ struct CrcTraits {
     static constexpr int (*kFind)(void const*, void const*) = CRCHashFind;
 };
 
-// A bucket is a CPtrArrayCtrl that shares one block with its entries:
-// [array][tags][data][records][slots], each part capacity long, slot i
-// always pointing at record i. Tag i is a packed copy of entry i's key (or
-// digest); data i is its data pointer. An int key is its own tag, so the
-// tags are the int table's records and it has no record part. A lookup
-// compares the packed tags a vector at a time, one dependent step from the
-// table slot, and reads the data beside them: with up to two entries in a
-// block, header, tags and data lie in its first 64 bytes. The result is the
-// one the array's find machinery gives. Blocks grow by doubling and move as
-// a whole; only the table's slot refers to them. The array's own storage
-// management never runs on a block: every change goes through here, with
-// the array's semantics (positions, current position, find state). Nor does
-// its find: a bucket's find state may be in the deferred form that only
-// FindExpanded reads.
+// A table reaches its buckets in one of two layouts, switched as it fills.
+// In the cell layout the bucket table is an array of cells, one per bucket,
+// each a cache line long and aligned: a bucket's CPtrArrayCtrl lives in its
+// cell, found from the key's bucket index alone, so that a lookup's first
+// load waits for no other. A cell whose array has capacity 0 holds no
+// bucket: cells start zeroed and go back to zero when their bucket is
+// destroyed. In the slot layout the table holds a pointer per bucket (null
+// until its first entry) to a block that starts with the bucket's array.
+// Cells suit a table of up to a few entries per bucket, which a lookup then
+// reads in one line; the slots, eight times smaller, suit sparse tables
+// (whose cells would mostly stand empty) and full ones (whose buckets have
+// outgrown their cells, and whose slots the caches hold better).
+//
+// The entries of a bucket live in its storage, [tags][data][records], each
+// part capacity long. In the cell layout the storage is in the rest of the
+// cell while the entries fit, then in a block of its own. In the slot
+// layout it follows the bucket's array in the block the slot points at, the
+// bucket's home, so that a lookup finds header and tags together. The
+// array's data pointer points at the storage, which grows by doubling. Tag i is a
+// packed copy of entry i's key (or digest); data i is its data pointer. An
+// int key is its own tag, so the tags are the int table's records and it
+// has no record part. A lookup compares the packed tags a vector at a time
+// and reads the data beside them; the result is the one the array's find
+// machinery gives. The array's own storage management never runs on a
+// bucket: every change goes through here, with the array's semantics
+// (positions, current position, find state). Nor does its find: a bucket's
+// find state may be in the deferred form that only FindExpanded reads.
+constexpr size_t kCellBytes = 64;
+static_assert(sizeof(CPtrArrayCtrl) <= kCellBytes, "an array fits its cell");
+
+enum class Layout : int { kSlots, kCells };
+
+// In front of the slots or cells, in the same allocation: the table's field
+// points just past it.
+struct alignas(kCellBytes) TableHead {
+    Layout layout;
+};
+constexpr size_t kHeadBytes = sizeof(TableHead);
+static_assert(kHeadBytes == kCellBytes, "cells stay aligned behind the head");
+
+TableHead* Head(CPtrArrayCtrl** table)
+{
+    return reinterpret_cast<TableHead*>(reinterpret_cast<char*>(table) - kHeadBytes);
+}
+
+// Zeroed slots or cells for count buckets; null when the memory cannot be
+// had.
+CPtrArrayCtrl** AllocateTable(int count, Layout layout)
+{
+    size_t const each = layout == Layout::kCells ? kCellBytes : sizeof(CPtrArrayCtrl*);
+    if (count < 1 || static_cast<size_t>(count) > (SIZE_MAX - kHeadBytes) / each)
+        return nullptr;
+    size_t const bytes = kHeadBytes + static_cast<size_t>(count) * each;
+    void* const base = ::operator new(bytes, std::align_val_t{kCellBytes}, std::nothrow);
+    if (base == nullptr)
+        return nullptr;
+    memset(base, 0, bytes);
+    new (base) TableHead{layout};
+    return reinterpret_cast<CPtrArrayCtrl**>(static_cast<char*>(base) + kHeadBytes);
+}
+
+void FreeTable(CPtrArrayCtrl** table)
+{
+    if (table == nullptr)
+        return;
+    ::operator delete(Head(table), std::align_val_t{kCellBytes});
+}
+
 template <class Traits>
 struct Bucket {
     using Record = typename Traits::Record;
@@ -184,138 +236,241 @@ struct Bucket {
     // Scalars travel in registers, records by reference.
     using KeyArg = std::conditional_t<std::is_scalar_v<Key>, Key, Key const&>;
 
-    static constexpr size_t kTagsAt = sizeof(CPtrArrayCtrl);
     static constexpr int kTagGroup = 8;  // tags compared per step
     static constexpr size_t kTagBytes = sizeof(std::uint32_t);
-    static_assert(kTagsAt % alignof(void const*) == 0 && kTagsAt % alignof(Record) == 0, "tags follow the array");
+    static constexpr size_t kInlineAt = sizeof(CPtrArrayCtrl);  // the storage within the cell
+    static_assert(kInlineAt % alignof(void const*) == 0 && kInlineAt % alignof(Record) == 0,
+                  "the storage follows the array");
     static_assert(!Traits::kRecordIsTag || sizeof(Record) == kTagBytes, "a record-tag is a tag");
-    static_assert(sizeof(Record) % alignof(void const*) == 0 || Traits::kRecordIsTag, "slots follow the records");
+    static_assert(sizeof(Record) % alignof(void const*) == 0 || Traits::kRecordIsTag, "records stay aligned");
 
-    // Tag slots, an even number so that what follows stays aligned.
-    static size_t TagSlots(int capacity) { return static_cast<size_t>(static_cast<unsigned>((capacity + 1) & -2)); }
-    static size_t DataAt(int capacity) { return kTagsAt + TagSlots(capacity) * kTagBytes; }
-    static size_t RecordsAt(int capacity) { return DataAt(capacity) + static_cast<size_t>(capacity) * sizeof(void const*); }
-    static size_t SlotsAt(int capacity)
+    // Offsets within a storage of the given capacity. Tag slots are an even
+    // number so that what follows stays aligned.
+    static constexpr size_t TagSlots(int capacity) { return static_cast<size_t>(static_cast<unsigned>((capacity + 1) & -2)); }
+    static constexpr size_t DataOffset(int capacity) { return TagSlots(capacity) * kTagBytes; }
+    static constexpr size_t RecordsOffset(int capacity) { return DataOffset(capacity) + static_cast<size_t>(capacity) * sizeof(void const*); }
+    static constexpr size_t StorageBytes(int capacity)
     {
-        return RecordsAt(capacity) + (Traits::kRecordIsTag ? 0 : static_cast<size_t>(capacity) * sizeof(Record));
+        return RecordsOffset(capacity) + (Traits::kRecordIsTag ? 0 : static_cast<size_t>(capacity) * sizeof(Record));
     }
+
+    // The entries that fit the cell: the largest power of two, or none.
+    static constexpr int InlineCapacity()
+    {
+        int capacity = 64;
+        while (capacity > 0 && kInlineAt + StorageBytes(capacity) > kCellBytes)
+            capacity /= 2;
+        return capacity;
+    }
+    static constexpr int kInline = InlineCapacity();
+    // With up to two entries, the two probes from the cursor see them all.
+    static constexpr bool kProbesCoverInline = Traits::kTagDecides && kInline <= 2;
+    // Group reads from tag 0 (32 bytes) stay in the cell, or never happen
+    // on a bucket held in its cell.
+    static_assert(kInline == 0 || kProbesCoverInline || (kInline <= kTagGroup && kInlineAt + kTagGroup * kTagBytes <= kCellBytes),
+                  "a tag group read stays in the cell");
 
     // Group reads may run past the tags into what follows, never past the
-    // block. Each entry has at least 12 bytes behind the tag start (tag,
-    // data, slot). A bucket of up to eight entries reads one group from tag
-    // 0: the floor keeps 32 bytes there. Up to 32 entries (capacity 16 or
-    // more) read four groups from tag 0: 128 bytes. Beyond 32 entries
-    // (capacity 64 or more) groups start at any g < capacity: 4 * (g + 8)
-    // bytes.
-    static size_t Bytes(int capacity)
+    // block. A bucket of up to eight entries reads one group from tag 0;
+    // up to 32 entries (capacity 16 or more), four groups from tag 0;
+    // beyond (capacity 64 or more), groups of eight from multiples of eight
+    // below the count, which end within the capacity.
+    static constexpr size_t BlockBytes(int capacity)
     {
-        size_t const bytes = SlotsAt(capacity) + static_cast<size_t>(capacity) * sizeof(void const*);
-        size_t const floor = kTagsAt + kTagGroup * kTagBytes;
-        return bytes < floor ? floor : bytes;
+        size_t const bytes = StorageBytes(capacity);
+        size_t const reach = (capacity <= kTagGroup ? 1 : capacity <= 4 * kTagGroup ? 4 : 0) * kTagGroup * kTagBytes;
+        return bytes < reach ? reach : bytes;
     }
-    static constexpr size_t kEntryBytesBehindTags = kTagBytes + 2 * sizeof(void const*);
-    static_assert(4 * kTagGroup * kTagBytes <= 16 * kEntryBytesBehindTags &&
-                      (64 + kTagGroup - 1) * kTagBytes <= 64 * kEntryBytesBehindTags,
-                  "a tag group read stays in the block");
 
-    static std::uint32_t* Tags(CPtrArrayCtrl* a)
-    {
-        return reinterpret_cast<std::uint32_t*>(reinterpret_cast<char*>(a) + kTagsAt);
-    }
+    static char* Storage(CPtrArrayCtrl* a) { return reinterpret_cast<char*>(PtrArrayAccess::Data(*a)); }
+    static bool Exists(CPtrArrayCtrl* a) { return PtrArrayAccess::Capacity(*a) != 0; }
+    // Of a bucket in a cell: whether its storage is there too.
+    static bool StorageInCell(CPtrArrayCtrl* a) { return PtrArrayAccess::Capacity(*a) <= kInline; }
+
+    static std::uint32_t* Tags(CPtrArrayCtrl* a) { return reinterpret_cast<std::uint32_t*>(Storage(a)); }
 
     static void const** Data(CPtrArrayCtrl* a)
     {
-        return reinterpret_cast<void const**>(reinterpret_cast<char*>(a) + DataAt(PtrArrayAccess::Capacity(*a)));
+        return reinterpret_cast<void const**>(Storage(a) + DataOffset(PtrArrayAccess::Capacity(*a)));
     }
 
     static Record* Records(CPtrArrayCtrl* a)
     {
         if (Traits::kRecordIsTag)
             return reinterpret_cast<Record*>(Tags(a));
-        return reinterpret_cast<Record*>(reinterpret_cast<char*>(a) + RecordsAt(PtrArrayAccess::Capacity(*a)));
+        return reinterpret_cast<Record*>(Storage(a) + RecordsOffset(PtrArrayAccess::Capacity(*a)));
     }
 
     static constexpr int kMaxCapacity = 1 << 26;
+    static constexpr int kOpenCapacity = kInline > 0 ? kInline : 1;
 
-    static CPtrArrayCtrl* Create(int capacity)
+    // A zeroed block for the storage of capacity entries, behind room for
+    // an array when it is to be a home: group reads cover bytes past the
+    // count, masked off afterwards, so every byte is kept defined.
+    static char* NewBlock(int capacity, bool home)
     {
-        void* const block = ::operator new(Bytes(capacity), std::nothrow);
-        if (block == nullptr)
-            return nullptr;
-        auto* const a = new (block) CPtrArrayCtrl;
-        PtrArrayAccess::Data(*a) = reinterpret_cast<void const**>(static_cast<char*>(block) + SlotsAt(capacity));
+        size_t const bytes = (home ? kInlineAt : 0) + BlockBytes(capacity);
+        void* const block = ::operator new(bytes, std::nothrow);
+        if (block != nullptr)
+            memset(block, 0, bytes);
+        return static_cast<char*>(block);
+    }
+
+    // The first n entries of a storage of capacity fromCapacity, copied to
+    // one of capacity toCapacity.
+    static void CopyEntries(char* to, int toCapacity, char const* from, int fromCapacity, int n)
+    {
+        auto const count = static_cast<size_t>(n);
+        memcpy(to, from, count * kTagBytes);
+        memcpy(to + DataOffset(toCapacity), from + DataOffset(fromCapacity), count * sizeof(void const*));
+        if (!Traits::kRecordIsTag)
+            memcpy(to + RecordsOffset(toCapacity), from + RecordsOffset(fromCapacity), count * sizeof(Record));
+    }
+
+    // An array at at (a cell or a home's room) over the given storage.
+    static CPtrArrayCtrl* Place(void* at, char* storage, int capacity)
+    {
+        auto* const a = new (at) CPtrArrayCtrl;
+        PtrArrayAccess::Data(*a) = reinterpret_cast<void const**>(storage);
         PtrArrayAccess::Capacity(*a) = capacity;
-        // Group reads cover bytes past the count, masked off afterwards; keep
-        // every byte of the block defined.
-        memset(Tags(a), 0, Bytes(capacity) - kTagsAt);
         return a;
     }
 
-    // Frees the block; the records' own resources must be released first.
-    static void Free(CPtrArrayCtrl* a)
+    // What an array moving elsewhere takes along besides its entries.
+    static void MoveState(CPtrArrayCtrl& to, CPtrArrayCtrl& from)
     {
-        PtrArrayAccess::Data(*a) = nullptr;  // not the array's to delete
-        a->~CPtrArrayCtrl();
-        ::operator delete(a);
+        PtrArrayAccess::Count(to) = PtrArrayAccess::Count(from);
+        PtrArrayAccess::Cursor(to) = PtrArrayAccess::Cursor(from);
+        PtrArrayAccess::CopyFind(to, from);
     }
 
-    // A block of twice the capacity with the same entries and state; null
-    // (and a left intact) when memory ran out.
-    static CPtrArrayCtrl* Grow(CPtrArrayCtrl* a)
+    // Ends the array at a; its storage is left alone, not the array's to
+    // delete.
+    static void Unplace(CPtrArrayCtrl* a)
+    {
+        PtrArrayAccess::Data(*a) = nullptr;
+        PtrArrayAccess::Count(*a) = 0;
+        a->~CPtrArrayCtrl();
+    }
+
+    // Opens a bucket in the empty cell, or (cell null) in a home of its own.
+    // Null when memory ran out.
+    static CPtrArrayCtrl* Open(CPtrArrayCtrl* cell)
+    {
+        if (cell != nullptr && kInline > 0)
+            return Place(cell, reinterpret_cast<char*>(cell) + kInlineAt, kInline);
+        char* const block = NewBlock(kOpenCapacity, cell == nullptr);
+        if (block == nullptr)
+            return nullptr;
+        if (cell != nullptr)
+            return Place(cell, block, kOpenCapacity);
+        return Place(block, block + kInlineAt, kOpenCapacity);
+    }
+
+    // Frees the bucket's storage and the bucket: a cell goes back to zero,
+    // a home is freed. The records' own resources must be released first.
+    static void Close(CPtrArrayCtrl* a, bool inCell)
+    {
+        if (!inCell) {
+            Unplace(a);
+            ::operator delete(static_cast<void*>(a));
+            return;
+        }
+        if (!StorageInCell(a))
+            ::operator delete(Storage(a));
+        Unplace(a);
+        memset(static_cast<void*>(a), 0, kCellBytes);
+    }
+
+    // The entries moved to a storage of twice the capacity. A bucket in a
+    // cell stays there; one in a home moves to a new home (the slot must
+    // follow). Null (and a left intact) when memory ran out.
+    static CPtrArrayCtrl* Grow(CPtrArrayCtrl* a, bool inCell)
     {
         int const capacity = PtrArrayAccess::Capacity(*a);
         if (capacity >= kMaxCapacity)
             return nullptr;
-        CPtrArrayCtrl* const b = Create(capacity * 2);
-        if (b == nullptr)
+        char* const block = NewBlock(capacity * 2, !inCell);
+        if (block == nullptr)
             return nullptr;
-        PtrArrayAccess::CopyState(*b, *a);
-        auto const n = static_cast<size_t>(PtrArrayAccess::Count(*a));
-        memcpy(Tags(b), Tags(a), n * kTagBytes);
-        memcpy(static_cast<void*>(Data(b)), Data(a), n * sizeof(void const*));
-        Record* const to = Records(b);
-        if (!Traits::kRecordIsTag)
-            memcpy(static_cast<void*>(to), Records(a), n * sizeof(Record));
-        void const** const slots = PtrArrayAccess::Data(*b);
-        for (size_t i = 0; i < n; ++i)
-            slots[i] = to + i;
-        PtrArrayAccess::Count(*a) = 0;
-        Free(a);
+        char* const storage = block + (inCell ? 0 : kInlineAt);
+        CopyEntries(storage, capacity * 2, Storage(a), capacity, PtrArrayAccess::Count(*a));
+        if (inCell) {
+            if (!StorageInCell(a))
+                ::operator delete(Storage(a));
+            PtrArrayAccess::Data(*a) = reinterpret_cast<void const**>(storage);
+            PtrArrayAccess::Capacity(*a) = capacity * 2;
+            return a;
+        }
+        CPtrArrayCtrl* const b = Place(block, storage, capacity * 2);
+        MoveState(*b, *a);
+        Unplace(a);
+        ::operator delete(static_cast<void*>(a));
         return b;
     }
 
-    // Appends to the bucket in slot (creating it); the entry's index, or -1
-    // when memory ran out.
-    static int Append(CPtrArrayCtrl*& slot, Record const& record, void const* data)
+    // Appends to the bucket at a: a cell (opened when empty), or a slot
+    // (a new home when null; it follows the bucket as it grows). The entry's
+    // index, or -1 when memory ran out.
+    static int Append(CPtrArrayCtrl*& a, bool inCell, Record const& record, void const* data)
     {
-        if (slot == nullptr) {
-            slot = Create(1);
-            if (slot == nullptr)
+        if (inCell ? !Exists(a) : a == nullptr) {
+            CPtrArrayCtrl* const opened = Open(inCell ? a : nullptr);
+            if (opened == nullptr)
                 return -1;
+            a = opened;
         }
-        int const n = PtrArrayAccess::Count(*slot);
-        if (n == PtrArrayAccess::Capacity(*slot)) {
-            CPtrArrayCtrl* const grown = Grow(slot);
+        int const n = PtrArrayAccess::Count(*a);
+        if (n == PtrArrayAccess::Capacity(*a)) {
+            CPtrArrayCtrl* const grown = Grow(a, inCell);
             if (grown == nullptr)
                 return -1;
-            slot = grown;
+            a = grown;
         }
-        Tags(slot)[n] = Traits::Tag(record);
-        Record* const r = Records(slot) + n;
+        Tags(a)[n] = Traits::Tag(record);
         if (!Traits::kRecordIsTag)
-            *r = record;
-        Data(slot)[n] = data;
-        PtrArrayAccess::Data(*slot)[n] = r;
-        PtrArrayAccess::Count(*slot) = n + 1;
-        PtrArrayAccess::Cursor(*slot) = n;  // as AddData
+            Records(a)[n] = record;
+        Data(a)[n] = data;
+        PtrArrayAccess::Count(*a) = n + 1;
+        PtrArrayAccess::Cursor(*a) = n;  // as AddData
         return n;
     }
 
-    // Starts loading the block's second line while the first is on its way:
-    // blocks are only 16-byte aligned, so tags and data a lookup reads often
+    // A copy of bucket a, entries and state, placed in the empty cell (its
+    // storage there when the entries fit, else in a block of a's capacity)
+    // or, when cell is null, in a new home of a's capacity. Null when memory
+    // ran out; a is left as it was either way.
+    static CPtrArrayCtrl* Copy(CPtrArrayCtrl* a, CPtrArrayCtrl* cell)
+    {
+        int const n = PtrArrayAccess::Count(*a);
+        int capacity = PtrArrayAccess::Capacity(*a);
+        CPtrArrayCtrl* b;
+        if (cell != nullptr && kInline > 0 && n <= kInline) {
+            capacity = kInline;
+            b = Place(cell, reinterpret_cast<char*>(cell) + kInlineAt, capacity);
+        } else {
+            char* const block = NewBlock(capacity, cell == nullptr);
+            if (block == nullptr)
+                return nullptr;
+            b = cell != nullptr ? Place(cell, block, capacity) : Place(block, block + kInlineAt, capacity);
+        }
+        CopyEntries(Storage(b), capacity, Storage(a), PtrArrayAccess::Capacity(*a), n);
+        MoveState(*b, *a);
+        return b;
+    }
+
+    // Starts loading a home's second line while the first is on its way:
+    // homes are only 16-byte aligned, so tags and data a lookup reads often
     // lie across the line boundary, and waiting for the first line before
-    // asking for the second doubles the latency of a lookup that misses.
-    static void Prefetch(CPtrArrayCtrl* a) { __builtin_prefetch(reinterpret_cast<char const*>(a) + 64); }
+    // asking for the second doubles the latency of a lookup that misses. A
+    // bucket in a cell asks for nothing: its storage is mostly in the cell,
+    // and a prefetch that has to wait for the cell's line was measured to
+    // slow lookups in cells down (by up to 7%).
+    static void Prefetch(CPtrArrayCtrl* a, bool inCell)
+    {
+        if (!inCell)
+            __builtin_prefetch(reinterpret_cast<char const*>(a) + 64);
+    }
 
     // Bit j set where tag j of the group at tags equals tag.
     static unsigned GroupMask(std::uint32_t const* tags, std::uint32_t tag)
@@ -393,6 +548,18 @@ struct Bucket {
         return m;
     }
 
+    // A FindFirst from c over n entries that met no match: the find state
+    // where the outward search stopped, and -1.
+    static int RecordMiss(CPtrArrayCtrl* a, int n, int c)
+    {
+        int const last = (n + 2) / 2 - 1;  // the final probe distance
+        int b = c - last, f = c + last;
+        b += b < 0 ? n : 0;
+        f -= f >= n ? n : 0;
+        PtrArrayAccess::RecordFindInRange(*a, c, b, f);
+        return -1;
+    }
+
     // FindFirst for buckets of up to 64 entries: all matches at once as a
     // bit mask, then the one the outward search would meet first, with the
     // find state it would leave. Forward probe i (from the cursor c) comes
@@ -420,14 +587,8 @@ struct Bucket {
         // c == 0 needs no case of its own.
         std::uint64_t const all = ~((~std::uint64_t{0} << 1) << (n - 1));
         std::uint64_t const r = ((m >> c) | ((m << 1) << (n - c - 1))) & all;
-        if (r == 0) {
-            int const last = (n + 2) / 2 - 1;  // the final probe distance
-            int b = c - last, f = c + last;
-            b += b < 0 ? n : 0;
-            f -= f >= n ? n : 0;
-            PtrArrayAccess::RecordFindInRange(*a, c, b, f);
-            return -1;
-        }
+        if (r == 0)
+            return RecordMiss(a, n, c);
         int const fwd = __builtin_ctzll(r);
         // Bit 0 set keeps clz defined; it stands for "no backward match".
         std::uint64_t const rb = (r & ~std::uint64_t{1}) | 1;
@@ -452,9 +613,9 @@ struct Bucket {
     // FindFirst / FindNext with the key test inlined; the position found, or -1.
     // The cursor of a bucket that holds entries is always one of them
     // (RemoveAt keeps it so), which spares the lookups a range check.
-    PALVET_HOT_INLINE static int Find(CPtrArrayCtrl* a, KeyArg key, bool first)
+    PALVET_HOT_INLINE static int Find(CPtrArrayCtrl* a, KeyArg key, bool first, bool inCell)
     {
-        Prefetch(a);
+        Prefetch(a, inCell);
         int const n = PtrArrayAccess::Count(*a);
         if (first && static_cast<unsigned>(n - 1) < 64u) {
             int const cursor = PtrArrayAccess::Cursor(*a);
@@ -477,9 +638,13 @@ struct Bucket {
                     PtrArrayAccess::RecordFindInRange(*a, c, c, next);
                     return next;
                 }
+                if (kProbesCoverInline && n <= kInline)
+                    return RecordMiss(a, n, c);
             }
             return FindFirstMasked(a, n, cursor, key);
         }
+        if (!Exists(a))
+            return -1;
         return FindSearching(a, key, first);
     }
 
@@ -504,8 +669,7 @@ struct Bucket {
     }
 
     // As DeleteAt(pos, 1): later entries close up and pos becomes current.
-    // Slot i keeps pointing at record i; the caller releases the record
-    // first.
+    // The caller releases the record first.
     static void RemoveAt(CPtrArrayCtrl* a, int pos)
     {
         int const n = PtrArrayAccess::Count(*a);
@@ -525,14 +689,13 @@ struct Bucket {
     }
 
     // Releases every record and the bucket; the number of entries it held.
-    static int Destroy(CPtrArrayCtrl* a)
+    static int Destroy(CPtrArrayCtrl* a, bool inCell)
     {
         int const n = PtrArrayAccess::Count(*a);
         Record* const records = Records(a);
         for (int i = 0; i < n; ++i)
             Traits::Release(records[i]);
-        PtrArrayAccess::Count(*a) = 0;
-        Free(a);
+        Close(a, inCell);
         return n;
     }
 };
@@ -544,21 +707,38 @@ struct Buckets {
     using Record = typename Traits::Record;
     using Key = typename Traits::Key;
 
+    // The table's bucket field: the slots or the cells.
     CPtrArrayCtrl**& slots;
     int count;
 
     bool Usable() const { return slots != nullptr && count >= 1; }
+    // Of a usable table.
+    bool InCells() const { return Head(slots)->layout == Layout::kCells; }
 
-    CPtrArrayCtrl* At(int index) const
+    // The cell of bucket index (in range, of a usable table in cells).
+    CPtrArrayCtrl* Cell(int index) const
     {
-        return Usable() && index >= 0 && index < count ? slots[index] : nullptr;
+        return reinterpret_cast<CPtrArrayCtrl*>(reinterpret_cast<char*>(slots) + static_cast<size_t>(index) * kCellBytes);
     }
 
-    // Frees one bucket and its entries and clears its slot; how many
-    // entries there were.
+    // The bucket, or null when there is none.
+    CPtrArrayCtrl* At(int index) const
+    {
+        if (!Usable() || index < 0 || index >= count)
+            return nullptr;
+        if (!InCells())
+            return slots[index];
+        CPtrArrayCtrl* const cell = Cell(index);
+        return B::Exists(cell) ? cell : nullptr;
+    }
+
+    // Frees one bucket (which must exist) and its entries; how many entries
+    // there were.
     int Destroy(int index) const
     {
-        int const n = B::Destroy(slots[index]);
+        if (InCells())
+            return B::Destroy(Cell(index), true);
+        int const n = B::Destroy(slots[index], false);
         slots[index] = nullptr;
         return n;
     }
@@ -568,22 +748,82 @@ struct Buckets {
         if (!Usable())
             return;
         for (int i = 0; i < count; ++i)
-            if (slots[i] != nullptr)
+            if (At(i) != nullptr)
                 Destroy(i);
     }
 
+    // A new table starts in slots: nothing says yet how full it will be.
     bool Allocate() const
     {
-        slots = nullptr;
-        if (count < 1 || static_cast<size_t>(count) > SIZE_MAX / sizeof(CPtrArrayCtrl*))
-            return false;
-        slots = new (std::nothrow) CPtrArrayCtrl*[static_cast<size_t>(count)]();
+        slots = AllocateTable(count, Layout::kSlots);
         return slots != nullptr;
+    }
+
+    // Destroys every bucket and frees the table.
+    void Release() const
+    {
+        DestroyAll();
+        FreeTable(slots);
+        slots = nullptr;
     }
 
     int Add(int index, Record const& record, void const* data) const
     {
-        return B::Append(slots[index], record, data);
+        if (!InCells())
+            return B::Append(slots[index], false, record, data);
+        CPtrArrayCtrl* cell = Cell(index);
+        return B::Append(cell, true, record, data);
+    }
+
+    // The layout for a table of entries entries, after an add: cells from
+    // half an entry per bucket up to two, slots again beyond three (where a
+    // lookup in cells mostly reads the cell and then a block, and slots were
+    // measured faster). Between the thresholds neither switch is made, so
+    // that a table at a boundary does not go back and forth. Switching
+    // changes nothing a caller can see, and it is left undone when memory
+    // runs out.
+    void Fit(int entries) const
+    {
+        if (!Usable())
+            return;
+        long long const e = entries;
+        long long const n = count;
+        if (InCells() ? e > 3 * n : 2 * e >= n && e <= 2 * n)
+            Switch();
+    }
+
+    // The table in the other layout: every bucket copied, then the old
+    // table freed. Copies are made before anything is freed, so that running
+    // out of memory half-way can be undone; then false, nothing changed.
+    bool Switch() const
+    {
+        bool const cells = InCells();
+        CPtrArrayCtrl** fresh = AllocateTable(count, cells ? Layout::kSlots : Layout::kCells);
+        if (fresh == nullptr)
+            return false;
+        Buckets const to{fresh, count};
+        int copied = 0;
+        for (; copied < count; ++copied) {
+            CPtrArrayCtrl* const a = At(copied);
+            if (a == nullptr)
+                continue;
+            CPtrArrayCtrl* const b = B::Copy(a, cells ? nullptr : to.Cell(copied));
+            if (b == nullptr)
+                break;
+            if (cells)
+                fresh[copied] = b;
+        }
+        // The table let go takes its buckets' storage along; the records
+        // (and their key copies) are the ones kept.
+        bool const done = copied == count;
+        Buckets const& gone = done ? *this : to;
+        for (int i = 0; i < copied; ++i)
+            if (CPtrArrayCtrl* const a = gone.At(i))
+                B::Close(a, gone.InCells());
+        FreeTable(gone.slots);
+        if (done)
+            slots = fresh;
+        return done;
     }
 
     // The data slot of the entry found (made current), or null.
@@ -592,7 +832,7 @@ struct Buckets {
         CPtrArrayCtrl* const bucket = At(index);
         if (bucket == nullptr)
             return nullptr;
-        int const pos = B::Find(bucket, key, first);
+        int const pos = B::Find(bucket, key, first, InCells());
         return pos >= 0 ? &B::DataAt(bucket, pos) : nullptr;
     }
 
@@ -604,7 +844,7 @@ struct Buckets {
         CPtrArrayCtrl* const bucket = At(index);
         if (bucket == nullptr)
             return nullptr;
-        int const pos = B::Find(bucket, key, first);
+        int const pos = B::Find(bucket, key, first, InCells());
         if (pos < 0)
             return nullptr;
         void* const data = const_cast<void*>(B::DataAt(bucket, pos));
@@ -614,17 +854,23 @@ struct Buckets {
         return data;
     }
 
-    // The matching positions through the array's FindAll, then each entry's
-    // data in ascending order (GetAt leaves the last one current).
+    // As the array's FindAll with the table's callback, whose entries are
+    // the records: the data of each match in ascending order, GetAt leaving
+    // the last one current. The positions are all taken before any data is
+    // handed over.
     void Collect(int index, CPtrCtrl* dst, Key const& key) const
     {
         CPtrArrayCtrl* const bucket = At(index);
         if (bucket == nullptr || dst == nullptr)
             return;
         CPtrArrayCtrl hits;
-        bucket->FindAll(&hits, Traits::Callback(key), Traits::kFind);
-        int const n = hits.GetCount();
-        for (int i = 0; i < n; ++i) {
+        int const n = PtrArrayAccess::Count(*bucket);
+        Record const* const records = B::Records(bucket);
+        for (int i = 0; i < n; ++i)
+            if (Traits::kFind(&records[i], Traits::Callback(key)) != 0)
+                hits.AddData(reinterpret_cast<void const*>(static_cast<intptr_t>(i)), -1);
+        int const found = hits.GetCount();
+        for (int i = 0; i < found; ++i) {
             int const pos = static_cast<int>(reinterpret_cast<intptr_t>(hits.GetAt(i)));
             dst->AddData(B::DataAt(bucket, pos), -1);
         }
@@ -647,7 +893,8 @@ struct Buckets {
         ++pos.index;
         if (pos.bucket < 0 || pos.bucket >= count || !Usable())
             return 0;
-        while (slots[pos.bucket] == nullptr || pos.index >= PtrArrayAccess::Count(*slots[pos.bucket])) {
+        for (CPtrArrayCtrl* bucket = At(pos.bucket); bucket == nullptr || pos.index >= PtrArrayAccess::Count(*bucket);
+             bucket = At(pos.bucket)) {
             ++pos.bucket;
             pos.index = 0;
             if (pos.bucket >= count)
@@ -670,6 +917,13 @@ struct Buckets {
 
 using IntBuckets = Buckets<IntTraits>;
 using CrcBuckets = Buckets<CrcTraits>;
+
+// FindFirstData's lookup in an existing bucket (or cell).
+PALVET_HOT_INLINE void* IntFindFirst(CPtrArrayCtrl* bucket, int key, bool inCell)
+{
+    int const pos = Bucket<IntTraits>::Find(bucket, key, true, inCell);
+    return pos >= 0 ? const_cast<void*>(Bucket<IntTraits>::DataAt(bucket, pos)) : nullptr;
+}
 
 }  // namespace
 
@@ -697,17 +951,15 @@ CHashTable::CHashTable(int bucket_count) : m_buckets(nullptr), m_bucketCount(buc
 
 CHashTable::~CHashTable()
 {
-    DeleteAll();
-    delete[] m_buckets;
+    IntBuckets{m_buckets, m_bucketCount}.Release();
 }
 
 int CHashTable::InitHashTable()
 {
-    if (m_buckets != nullptr) {
-        DeleteAll();
-        delete[] m_buckets;
-    }
-    return IntBuckets{m_buckets, m_bucketCount}.Allocate() ? 1 : 0;
+    IntBuckets const b{m_buckets, m_bucketCount};
+    b.Release();
+    m_count = 0;
+    return b.Allocate() ? 1 : 0;
 }
 
 int CHashTable::AddData(int key, void const* data)
@@ -719,6 +971,7 @@ int CHashTable::AddData(int key, void const* data)
     if (index < 0)
         return 0;
     ++m_count;
+    b.Fit(m_count);
     return index;
 }
 
@@ -738,11 +991,14 @@ void* CHashTable::FindFirstData(int key)
 {
     if (m_buckets == nullptr || m_bucketCount < 1)
         return nullptr;
-    CPtrArrayCtrl* const bucket = m_buckets[IntBucket(key, m_bucketCount)];
-    if (bucket == nullptr)
-        return nullptr;
-    int const pos = Bucket<IntTraits>::Find(bucket, key, true);
-    return pos >= 0 ? const_cast<void*>(Bucket<IntTraits>::DataAt(bucket, pos)) : nullptr;
+    IntBuckets const b{m_buckets, m_bucketCount};
+    int const index = IntBucket(key, m_bucketCount);
+    // The layout test is the same for every lookup, and each branch gets the
+    // lookup compiled for its layout.
+    if (b.InCells())
+        return IntFindFirst(b.Cell(index), key, true);
+    CPtrArrayCtrl* const bucket = m_buckets[index];
+    return bucket != nullptr ? IntFindFirst(bucket, key, false) : nullptr;
 }
 
 void* CHashTable::FindNextData(int key)
@@ -783,9 +1039,9 @@ void CHashTable::DeleteAllData(int key)
         return;
     int const index = IntBucket(key, m_bucketCount);
     // The whole bucket goes, other keys in it included, and the count stays
-    // as it was: applications rely on both. The slot is cleared so that no
-    // later call reaches the freed bucket.
-    if (m_buckets[index] != nullptr)
+    // as it was: applications rely on both. The cell is emptied, so no later
+    // call reaches the freed bucket.
+    if (b.At(index) != nullptr)
         b.Destroy(index);
 }
 
@@ -801,7 +1057,7 @@ int CHashTable::IsDataAvailable(int key)
     if (!b.Usable())
         return 0;
     CPtrArrayCtrl* const bucket = b.At(IntBucket(key, m_bucketCount));
-    return bucket != nullptr && Bucket<IntTraits>::Find(bucket, key, true) >= 0 ? 1 : 0;
+    return bucket != nullptr && Bucket<IntTraits>::Find(bucket, key, true, b.InCells()) >= 0 ? 1 : 0;
 }
 
 int CHashTable::GetCount()
@@ -846,17 +1102,15 @@ CCRCHashTable::CCRCHashTable(int bucket_count) : m_buckets(nullptr), m_bucketCou
 
 CCRCHashTable::~CCRCHashTable()
 {
-    DeleteAll();
-    delete[] m_buckets;
+    CrcBuckets{m_buckets, m_bucketCount}.Release();
 }
 
 int CCRCHashTable::InitCRCHashTable()
 {
-    if (m_buckets != nullptr) {
-        DeleteAll();
-        delete[] m_buckets;
-    }
-    return CrcBuckets{m_buckets, m_bucketCount}.Allocate() ? 1 : 0;
+    CrcBuckets const b{m_buckets, m_bucketCount};
+    b.Release();
+    m_count = 0;
+    return b.Allocate() ? 1 : 0;
 }
 
 namespace {
@@ -891,6 +1145,7 @@ void CCRCHashTable::AddData(void const* key, int length, void const* data)
         return;
     }
     ++m_count;
+    b.Fit(m_count);
 }
 
 int CCRCHashTable::SetData(void const* key, int length, void const* data)
@@ -951,8 +1206,8 @@ void CCRCHashTable::DeleteAllData(void const* key, int length)
     CrcKey probe{};
     int const index = CrcIndex(b, key, length, probe);
     // Every entry of the bucket goes, whatever its key; unlike CHashTable the
-    // count follows. The slot is cleared, as there.
-    if (index >= 0 && m_buckets[index] != nullptr)
+    // count follows. The cell is emptied, as there.
+    if (index >= 0 && b.At(index) != nullptr)
         m_count -= b.Destroy(index);
 }
 
@@ -968,7 +1223,7 @@ int CCRCHashTable::IsDataAvailable(void const* key, int length)
     CrcKey probe{};
     int const index = CrcIndex(b, key, length, probe);
     CPtrArrayCtrl* const bucket = index < 0 ? nullptr : b.At(index);
-    return bucket != nullptr && Bucket<CrcTraits>::Find(bucket, probe, true) >= 0 ? 1 : 0;
+    return bucket != nullptr && Bucket<CrcTraits>::Find(bucket, probe, true, b.InCells()) >= 0 ? 1 : 0;
 }
 
 int CCRCHashTable::GetCount()
