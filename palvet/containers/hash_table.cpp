@@ -463,13 +463,19 @@ struct Bucket {
     // homes are only 16-byte aligned, so tags and data a lookup reads often
     // lie across the line boundary, and waiting for the first line before
     // asking for the second doubles the latency of a lookup that misses. A
-    // bucket in a cell asks for nothing: its storage is mostly in the cell,
-    // and a prefetch that has to wait for the cell's line was measured to
-    // slow lookups in cells down (by up to 7%).
+    // bucket in a cell asks for nothing where a cell is one cache line: its
+    // storage is mostly in the cell, and a prefetch that has to wait for the
+    // cell's line was measured to slow lookups in cells down (by up to 7%).
+    // 32-bit ARM cores have 32-byte lines, and the cell's second line holds
+    // the storage; its address needs no load.
     static void Prefetch(CPtrArrayCtrl* a, bool inCell)
     {
         if (!inCell)
             __builtin_prefetch(reinterpret_cast<char const*>(a) + 64);
+#if defined(__arm__)
+        else
+            __builtin_prefetch(reinterpret_cast<char const*>(a) + kCellBytes / 2);
+#endif
     }
 
     // Bit j set where tag j of the group at tags equals tag.
@@ -519,9 +525,9 @@ struct Bucket {
     // loop whose trip count followed n would mispredict on most lookups,
     // and each misprediction throws away the lookups already started
     // behind it.
-    PALVET_HOT_INLINE static std::uint64_t MatchMask(CPtrArrayCtrl* a, int n, Key const& key)
+    PALVET_HOT_INLINE static std::uint64_t MatchMask(CPtrArrayCtrl* a, char* storage, int n, Key const& key)
     {
-        std::uint32_t const* const tags = Tags(a);
+        std::uint32_t const* const tags = reinterpret_cast<std::uint32_t const*>(storage);
         std::uint32_t const tag = Traits::Tag(key);
         std::uint64_t m;
         if (n <= kTagGroup) {
@@ -538,7 +544,8 @@ struct Bucket {
         // Keeps bits below n; shifting twice keeps n == 64 defined.
         m &= ~((~std::uint64_t{0} << 1) << (n - 1));
         if (!Traits::kTagDecides) {
-            Record const* const records = Records(a);
+            Record const* const records =
+                reinterpret_cast<Record const*>(storage + RecordsOffset(PtrArrayAccess::Capacity(*a)));
             for (std::uint64_t rest = m; rest != 0; rest &= rest - 1) {
                 int const j = __builtin_ctzll(rest);
                 if (!Traits::Matches(records[j], key))
@@ -568,9 +575,9 @@ struct Bucket {
     // by how many lookups overlap their cache misses, and a mispredicted
     // branch on loaded data discards the ones behind it. r has bit i for
     // position c + i (mod n): forward distance i, backward distance n - i.
-    PALVET_HOT_INLINE static int FindFirstMasked(CPtrArrayCtrl* a, int n, int c, Key const& key)
+    PALVET_HOT_INLINE static int FindFirstMasked(CPtrArrayCtrl* a, char* storage, int n, int c, Key const& key)
     {
-        std::uint64_t const m = MatchMask(a, n, key);
+        std::uint64_t const m = MatchMask(a, storage, n, key);
         if ((m & (m - 1)) == 0 && m != 0) {
             // One match, the usual case: it is the result whichever way the
             // search reached it. The find state is recorded in its deferred
@@ -619,13 +626,17 @@ struct Bucket {
         int const n = PtrArrayAccess::Count(*a);
         if (first && static_cast<unsigned>(n - 1) < 64u) {
             int const cursor = PtrArrayAccess::Cursor(*a);
+            // A home's storage follows its array: taken from the array's
+            // address rather than its data pointer, the tags' lines are asked
+            // for without waiting for the header's.
+            char* const storage = inCell ? Storage(a) : reinterpret_cast<char*>(a) + kInlineAt;
             if (Traits::kTagDecides) {
                 // The first two probes, the cursor and the one after it, on
                 // their own: they serve repeated lookups of one key and
                 // lookups in insertion order, and every instruction saved
                 // lets more lookups overlap their cache misses.
                 int const c = cursor;
-                std::uint32_t const* const tags = Tags(a);
+                std::uint32_t const* const tags = reinterpret_cast<std::uint32_t const*>(storage);
                 std::uint32_t const tag = Traits::Tag(key);
                 if (tags[c] == tag) {
                     PtrArrayAccess::RecordFindInRange(*a, c, c, c);
@@ -641,7 +652,7 @@ struct Bucket {
                 if (kProbesCoverInline && n <= kInline)
                     return RecordMiss(a, n, c);
             }
-            return FindFirstMasked(a, n, cursor, key);
+            return FindFirstMasked(a, storage, n, cursor, key);
         }
         if (!Exists(a))
             return -1;
