@@ -172,7 +172,7 @@ struct CrcTraits {
 // destroyed. In the slot layout the table holds a pointer per bucket (null
 // until its first entry) to a block that starts with the bucket's array.
 // Cells suit a table of up to a few entries per bucket, which a lookup then
-// reads in one line; the slots, eight times smaller, suit sparse tables
+// mostly reads in one line; the slots, a pointer each, suit sparse tables
 // (whose cells would mostly stand empty) and full ones (whose buckets have
 // outgrown their cells, and whose slots the caches hold better).
 //
@@ -181,10 +181,10 @@ struct CrcTraits {
 // cell while the entries fit, then in a block of its own. In the slot
 // layout it follows the bucket's array in the block the slot points at, the
 // bucket's home, so that a lookup finds header and tags together. The
-// array's data pointer points at the storage, which grows by doubling. Tag i is a
-// packed copy of entry i's key (or digest); data i is its data pointer. An
-// int key is its own tag, so the tags are the int table's records and it
-// has no record part. A lookup compares the packed tags a vector at a time
+// array's data pointer points at the storage, which grows by doubling. Tag
+// i is a packed copy of entry i's key (or digest); data i is its data
+// pointer. An int key is its own tag, so the tags are the int table's
+// records and it has no record part. A lookup compares the packed tags a vector at a time
 // and reads the data beside them; the result is the one the array's find
 // machinery gives. The array's own storage management never runs on a
 // bucket: every change goes through here, with the array's semantics
