@@ -37,12 +37,6 @@ struct PtrArrayAccess {
         a.m_findBackward = backward;
         a.m_findForward = forward;
     }
-    static void CopyFind(CPtrArrayCtrl& to, CPtrArrayCtrl const& from)
-    {
-        to.m_findStart = from.m_findStart;
-        to.m_findBackward = from.m_findBackward;
-        to.m_findForward = from.m_findForward;
-    }
     // As SetFindData.
     static void RecordFind(CPtrArrayCtrl& a, int start, int backward, int forward)
     {
@@ -77,6 +71,15 @@ struct PtrArrayAccess {
         int other = c - d + (forward && d > 0 ? 1 : 0);
         other += other < 0 ? n : 0;
         return forward ? FindState{c, other, j} : FindState{c, j, other};
+    }
+    // What an array moving elsewhere takes along besides its entries.
+    static void CopyState(CPtrArrayCtrl& to, CPtrArrayCtrl const& from)
+    {
+        to.m_count = from.m_count;
+        to.m_curPos = from.m_curPos;
+        to.m_findStart = from.m_findStart;
+        to.m_findBackward = from.m_findBackward;
+        to.m_findForward = from.m_findForward;
     }
 };
 
@@ -354,14 +357,6 @@ struct Bucket {
         return a;
     }
 
-    // What an array moving elsewhere takes along besides its entries.
-    static void MoveState(CPtrArrayCtrl& to, CPtrArrayCtrl& from)
-    {
-        PtrArrayAccess::Count(to) = PtrArrayAccess::Count(from);
-        PtrArrayAccess::Cursor(to) = PtrArrayAccess::Cursor(from);
-        PtrArrayAccess::CopyFind(to, from);
-    }
-
     // Ends the array at a; its storage is left alone, not the array's to
     // delete.
     static void Unplace(CPtrArrayCtrl* a)
@@ -408,23 +403,21 @@ struct Bucket {
         int const capacity = PtrArrayAccess::Capacity(*a);
         if (capacity >= kMaxCapacity)
             return nullptr;
-        char* const block = NewBlock(capacity * 2, !inCell);
+        if (!inCell) {
+            CPtrArrayCtrl* const b = Copy(a, nullptr, capacity * 2);
+            if (b != nullptr)
+                Close(a, false);
+            return b;
+        }
+        char* const block = NewBlock(capacity * 2, false);
         if (block == nullptr)
             return nullptr;
-        char* const storage = block + (inCell ? 0 : kInlineAt);
-        CopyEntries(storage, capacity * 2, Storage(a), capacity, PtrArrayAccess::Count(*a));
-        if (inCell) {
-            if (!StorageInCell(a))
-                ::operator delete(Storage(a));
-            PtrArrayAccess::Data(*a) = reinterpret_cast<void const**>(storage);
-            PtrArrayAccess::Capacity(*a) = capacity * 2;
-            return a;
-        }
-        CPtrArrayCtrl* const b = Place(block, storage, capacity * 2);
-        MoveState(*b, *a);
-        Unplace(a);
-        ::operator delete(static_cast<void*>(a));
-        return b;
+        CopyEntries(block, capacity * 2, Storage(a), capacity, PtrArrayAccess::Count(*a));
+        if (!StorageInCell(a))
+            ::operator delete(Storage(a));
+        PtrArrayAccess::Data(*a) = reinterpret_cast<void const**>(block);
+        PtrArrayAccess::Capacity(*a) = capacity * 2;
+        return a;
     }
 
     // Appends to the bucket at a: a cell (opened when empty), or a slot
@@ -455,13 +448,12 @@ struct Bucket {
     }
 
     // A copy of bucket a, entries and state, placed in the empty cell (its
-    // storage there when the entries fit, else in a block of a's capacity)
-    // or, when cell is null, in a new home of a's capacity. Null when memory
-    // ran out; a is left as it was either way.
-    static CPtrArrayCtrl* Copy(CPtrArrayCtrl* a, CPtrArrayCtrl* cell)
+    // storage there when the entries fit, else in a block of the given
+    // capacity) or, when cell is null, in a new home of that capacity. Null
+    // when memory ran out; a is left as it was either way.
+    static CPtrArrayCtrl* Copy(CPtrArrayCtrl* a, CPtrArrayCtrl* cell, int capacity)
     {
         int const n = PtrArrayAccess::Count(*a);
-        int capacity = PtrArrayAccess::Capacity(*a);
         CPtrArrayCtrl* b;
         if (cell != nullptr && kInline > 0 && n <= kInline) {
             capacity = kInline;
@@ -473,7 +465,7 @@ struct Bucket {
             b = cell != nullptr ? Place(cell, block, capacity) : Place(block, block + kInlineAt, capacity);
         }
         CopyEntries(Storage(b), capacity, Storage(a), PtrArrayAccess::Capacity(*a), n);
-        MoveState(*b, *a);
+        PtrArrayAccess::CopyState(*b, *a);
         return b;
     }
 
@@ -836,7 +828,7 @@ struct Buckets {
             CPtrArrayCtrl* const a = At(copied);
             if (a == nullptr)
                 continue;
-            CPtrArrayCtrl* const b = B::Copy(a, cells ? nullptr : to.Cell(copied));
+            CPtrArrayCtrl* const b = B::Copy(a, cells ? nullptr : to.Cell(copied), PtrArrayAccess::Capacity(*a));
             if (b == nullptr)
                 break;
             if (cells)
