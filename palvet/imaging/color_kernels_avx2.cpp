@@ -130,6 +130,11 @@ struct Avx2 {
         Rgb24x16::LoadHalves(p + 24 * h, p + 48 + 24 * h, c0, c1, c2);
     }
     PALVET_KERNEL_INLINE static void StoreU8Halves(unsigned char* p, V a, V b) { StoreU16(p, _mm256_packus_epi16(a, b)); }
+    // The same with k added to each byte, saturating.
+    PALVET_KERNEL_INLINE static void StoreU8HalvesAdd(unsigned char* p, V a, V b, int k)
+    {
+        StoreU16(p, _mm256_adds_epu8(_mm256_packus_epi16(a, b), _mm256_set1_epi8(static_cast<char>(k))));
+    }
     // PairSum without its final permute: for blocks of alternating halves the
     // order is already right.
     PALVET_KERNEL_INLINE static V PairSumHalves(V a, V b)

@@ -30,7 +30,8 @@
 //   optionally (type LaneHalves) LoadRgb24Half(p, h, c0, c1, c2): pixels
 //                        8h..8h+7 and 16+8h..16+8h+7 of the 32 at p, with
 //                        StoreU8Halves(p, a, b) (the 32 bytes of two such
-//                        blocks), PairSumHalves (PairSum of such blocks, in
+//                        blocks; StoreU8HalvesAdd(p, a, b, k) with k added to
+//                        each byte, saturating), PairSumHalves (PairSum of such blocks, in
 //                        order) and StoreU8Planes(p, q, a, b) (N bytes each)
 //   optionally (type ArgbOrdered) LoadU16ArgbOrdered / LoadU8ArgbOrdered
 //                        (LoadU16 / LoadU8 with the lanes permuted in groups
@@ -166,12 +167,13 @@ struct Kernels {
 
         static bool Small(int16_t k) { return k >= -16384 && k <= 16383; }
         // The usual matrices: luma terms and the blue of U and red of V
-        // positive, the rest negative and below 0.5, and no sum that needs
-        // clamping.
+        // positive (the luma's tested here, as the loops rely on luma sums
+        // that are never negative), the rest negative and below 0.5, and no
+        // sum that needs clamping.
         static bool Standard(RgbToYuvForms const& f)
         {
             return f.mul && f.clampFree && Small(f.mru.kFlr) && Small(f.mgu.kFlr) && Small(f.mgv.kFlr) &&
-                   Small(f.mbv.kFlr);
+                   Small(f.mbv.kFlr) && f.mry.kRnd >= 0 && f.mgy.kRnd >= 0 && f.mby.kRnd >= 0;
         }
     };
 
@@ -188,9 +190,9 @@ struct Kernels {
         return v;
     }
 
-    // Luma of N pixels (with its 16, not yet saturated) is returned, U and V
-    // (clamped) through u and v.
-    template <bool kStd>
+    // Luma of N pixels (with its 16, unless kNo16, not yet saturated) is
+    // returned, U and V (clamped) through u and v. kNo16 only with kStd.
+    template <bool kStd, bool kNo16 = false>
     PALVET_KERNEL_INLINE static V RgbSums(RgbForms const& f, V r, V g, V b, V& u, V& v)
     {
         if constexpr (kStd) {
@@ -199,7 +201,8 @@ struct Kernels {
             // truncate toward zero (hence subtracted).
             u = Settled(I::Sub(I::Rnd(b, f.kbu), I::Add(I::SmallFlr(r, f.kru), I::SmallFlr(g, f.kgu))));
             v = Settled(I::Sub(I::Rnd(r, f.krv), I::Add(I::SmallFlr(g, f.kgv), I::SmallFlr(b, f.kbv))));
-            return I::Add(I::Add(I::Rnd(r, f.kry), I::Rnd(g, f.kgy)), I::Add(I::Rnd(b, f.kby), I::Set1(16)));
+            V const y = I::Add(I::Add(I::Rnd(r, f.kry), I::Rnd(g, f.kgy)), I::Rnd(b, f.kby));
+            return kNo16 ? y : I::Add(y, I::Set1(16));
         } else {
             u = Clamp(I::Add(I::Add(I::Eval(r, f.ru), I::Eval(g, f.gu)), I::Add(I::Eval(b, f.bu), I::Set1(128))));
             v = Clamp(I::Add(I::Add(I::Eval(r, f.rv), I::Eval(g, f.gv)), I::Add(I::Eval(b, f.bv), I::Set1(128))));
@@ -266,9 +269,15 @@ struct Kernels {
                         V r, g, b;
                         I::LoadRgb24Half(src, h, r, g, b);
                         SwapIf(swap, r, b);
-                        ys[h] = RgbSums<kStd>(f, r, g, b, us[h], vs[h]);
+                        ys[h] = RgbSums<kStd, kStd>(f, r, g, b, us[h], vs[h]);
                     }
-                    I::StoreU8Halves(y, ys[0], ys[1]);
+                    // The standard luma sums are never negative, so their
+                    // 16 can be added to the saturated bytes instead: one
+                    // add per 32 pixels, not two.
+                    if constexpr (kStd)
+                        I::StoreU8HalvesAdd(y, ys[0], ys[1], 16);
+                    else
+                        I::StoreU8Halves(y, ys[0], ys[1]);
                 };
                 auto const chroma = [&](int at, V const* us, V const* vs) __attribute__((always_inline)) {
                     I::StoreU8Planes(row.u + at / 2, row.v + at / 2,
