@@ -142,11 +142,22 @@ struct Avx2 {
         V const one = _mm256_set1_epi16(1);
         return _mm256_packs_epi32(_mm256_madd_epi16(a, one), _mm256_madd_epi16(b, one));
     }
-    PALVET_KERNEL_INLINE static void StoreU8Planes(unsigned char* p, unsigned char* q, V a, V b)
+    // Packed bytes of a and b, as the packs leave them, to p and q.
+    PALVET_KERNEL_INLINE static void StorePackedPlanes(unsigned char* p, unsigned char* q, V packed)
     {
-        V const both = _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8);
+        V const both = _mm256_permute4x64_epi64(packed, 0xD8);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(both));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(q), _mm256_extracti128_si256(both, 1));
+    }
+    PALVET_KERNEL_INLINE static void StoreU8Planes(unsigned char* p, unsigned char* q, V a, V b)
+    {
+        StorePackedPlanes(p, q, _mm256_packus_epi16(a, b));
+    }
+    template <int s>
+    PALVET_KERNEL_INLINE static void StoreU8PlanesCentred(unsigned char* p, unsigned char* q, V a, V b)
+    {
+        V const packed = _mm256_packs_epi16(_mm256_srai_epi16(a, s), _mm256_srai_epi16(b, s));
+        StorePackedPlanes(p, q, _mm256_xor_si256(packed, _mm256_set1_epi8(static_cast<char>(0x80))));
     }
     PALVET_KERNEL_INLINE static void StoreRgb24(unsigned char* p, V c0, V c1, V c2) { Rgb24x16::Store(p, c0, c1, c2); }
     PALVET_KERNEL_INLINE static void StoreArgb(unsigned char* p, V r, V g, V b, V a)

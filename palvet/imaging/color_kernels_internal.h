@@ -32,7 +32,10 @@
 //                        StoreU8Halves(p, a, b) (the 32 bytes of two such
 //                        blocks; StoreU8HalvesAdd(p, a, b, k) with k added to
 //                        each byte, saturating), PairSumHalves (PairSum of such blocks, in
-//                        order) and StoreU8Planes(p, q, a, b) (N bytes each)
+//                        order), StoreU8Planes(p, q, a, b) (N bytes each)
+//                        and StoreU8PlanesCentred<s>(p, q, a, b) (the same
+//                        of (a >> s) + 128 and (b >> s) + 128, arithmetic
+//                        shifts, for results within 0..255)
 //   optionally (type ArgbOrdered) LoadU16ArgbOrdered / LoadU8ArgbOrdered
 //                        (LoadU16 / LoadU8 with the lanes permuted in groups
 //                        of four) with StoreArgbOrdered, the store of such
@@ -280,9 +283,16 @@ struct Kernels {
                         I::StoreU8Halves(y, ys[0], ys[1]);
                 };
                 auto const chroma = [&](int at, V const* us, V const* vs) __attribute__((always_inline)) {
-                    I::StoreU8Planes(row.u + at / 2, row.v + at / 2,
-                                     I::template SrlI<shift>(I::Add(I::PairSumHalves(us[0], us[1]), sumBias)),
-                                     I::template SrlI<shift>(I::Add(I::PairSumHalves(vs[0], vs[1]), sumBias)));
+                    V const u = I::PairSumHalves(us[0], us[1]), v = I::PairSumHalves(vs[0], vs[1]);
+                    if constexpr (kStd) {
+                        // (sum + 128 << shift) >> shift is (sum >> shift) + 128,
+                        // which one flip of the packed bytes' top bits adds
+                        // to both planes (no standard sample leaves 0..255).
+                        I::template StoreU8PlanesCentred<shift>(row.u + at / 2, row.v + at / 2, u, v);
+                    } else {
+                        I::StoreU8Planes(row.u + at / 2, row.v + at / 2, I::template SrlI<shift>(u),
+                                         I::template SrlI<shift>(v));
+                    }
                 };
                 // Runs of up to kRun groups in short loops: the first row's
                 // chroma is parked, a second row's added to it, then the
