@@ -55,6 +55,9 @@ struct Avx512 {
     }
     using LumaHigh = void;
     PALVET_KERNEL_INLINE static V MulHiU(V a, V b) { return _mm512_mulhi_epu16(a, b); }
+    // Unsigned bytes times signed ones, adjacent products summed: the low
+    // byte's product is 0.
+    PALVET_KERNEL_INLINE static V MulHighByte(V v, int k) { return _mm512_maddubs_epi16(v, _mm512_set1_epi16(static_cast<short>(k << 8))); }
     static constexpr bool kHasLut = true;
     PALVET_KERNEL_INLINE static V CmpEq(V a, V b) { return _mm512_movm_epi16(_mm512_cmpeq_epi16_mask(a, b)); }
     PALVET_KERNEL_INLINE static V SubSatU(V a, V b) { return _mm512_subs_epu16(a, b); }

@@ -26,7 +26,9 @@
 //   Dup(c, lo, hi)       every lane of c twice, in order
 //   SwapAdjacent(v)      lanes 0 1 2 3 ... as 1 0 3 2 ...
 //   LoadRgb24 / StoreRgb24 / StoreArgb   N interleaved pixels (stores saturate)
-//   optionally (type LumaHigh) MulHiU(a, b): (a * b) >> 16, unsigned
+//   optionally (type LumaHigh) MulHiU(a, b): (a * b) >> 16, unsigned, and
+//                        MulHighByte(v, k): v's high byte times k (< 128) in
+//                        each lane
 //   optionally (type LaneHalves) LoadRgb24Half(p, h, c0, c1, c2): pixels
 //                        8h..8h+7 and 16+8h..16+8h+7 of the 32 at p, with
 //                        StoreU8Halves(p, a, b) (the 32 bytes of two such
@@ -548,9 +550,10 @@ struct Kernels {
 
     // Standard layout: red has only a V term and blue only a U term, so one
     // evaluation serves both, U lanes for blue and V lanes for red.
-    // kHigh: the luma in its high form, and the chroma floors as unsigned
-    // multiplies by twice their constants (UnsignedFloors), which saves the
-    // doubling of their inputs; both need MulHiU.
+    // kHigh: the luma in its high form, the chroma byte scaled by a multiply,
+    // and the chroma floors as unsigned multiplies by twice their constants
+    // (UnsignedFloors), which saves the doubling of their inputs; all three
+    // need LumaHigh's operations.
     template <RgbFormat F, bool kYvy, bool kAlpha, bool kHigh>
     static int PackedStd(PackedToRgbRow const& rowIn, YuvToRgbForms const& forms)
     {
@@ -586,9 +589,11 @@ struct Kernels {
         // (where it has one), so that the store needs no reordering.
         constexpr bool kArgbOrder = F == RgbFormat::Argb32 && HasArgbOrder<I>::value;
         V const lowByte = I::Set1(0xFF), opaque = I::Set1(255);
-        // The chroma byte, scaled by 1 << mulShift (at most 8), with one
-        // shift: shifts share the shuffle units, masks do not.
+        // The chroma byte, scaled by 1 << mulShift: with kHigh in one
+        // multiply (mulShift at most 6, see PackedAny), else a mask and one
+        // shift (shifts share the shuffle units, masks do not).
         V const chromaByte = I::Set1(~0xFF);
+        int const chromaScale = kHigh ? 1 << mulShift : 0;
         V const c128 = I::Set1(128 << mulShift);
         V const highK = I::Set1(forms.lumaForm.highK), highB = I::Set1(forms.lumaForm.highB);
         int x = 0;
@@ -604,7 +609,11 @@ struct Kernels {
             // 0 elsewhere. Both roundings give 0 for 0, so each side's
             // multiply can run on every lane and the sum is the table entry,
             // with no sign selection.
-            V const cs = I::Srl(I::And(w, chromaByte), 8 - mulShift);
+            V cs;
+            if constexpr (kHigh)
+                cs = I::MulHighByte(w, chromaScale);
+            else
+                cs = I::Srl(I::And(w, chromaByte), 8 - mulShift);
             V const pos = I::SubSatU(cs, c128), neg = I::SubSatU(c128, cs);
             auto const flr = [](V a, V k, V k2) {
                 if constexpr (kHigh)
@@ -696,7 +705,9 @@ struct Kernels {
         if (!YuvForms::Standard(forms))
             return PackedGeneral<F>(row, forms);
         if constexpr (HasLumaHigh<I>::value) {
-            if (forms.lumaForm.high && UnsignedFloors(forms))
+            // The byte multiply that scales the chroma takes 1 << mulShift
+            // as a signed byte; forms are fitted with mulShift 0 to 3.
+            if (forms.lumaForm.high && UnsignedFloors(forms) && forms.mulShift <= 6)
                 return PackedStdAny<F, true>(row, forms);
         }
         return PackedStdAny<F, false>(row, forms);
