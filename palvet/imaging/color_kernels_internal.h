@@ -32,12 +32,12 @@
 //   optionally (type LaneHalves) LoadRgb24Half(p, h, c0, c1, c2): pixels
 //                        8h..8h+7 and 16+8h..16+8h+7 of the 32 at p, with
 //                        StoreU8Halves(p, a, b) (the 32 bytes of two such
-//                        blocks; StoreU8HalvesAdd(p, a, b, k) with k added to
-//                        each byte, saturating), PairSumHalves (PairSum of such blocks, in
-//                        order), StoreU8Planes(p, q, a, b) (N bytes each)
-//                        and StoreU8PlanesCentred<s>(p, q, a, b) (the same
-//                        of (a >> s) + 128 and (b >> s) + 128, arithmetic
-//                        shifts, for results within 0..255)
+//                        blocks; StoreU8HalvesAdd(p, a, b, k) with k added
+//                        to each byte, saturating), PairSumHalves (PairSum of
+//                        such blocks, in order), StoreU8Planes(p, q, a, b)
+//                        (N bytes each) and StoreU8PlanesCentred<s>(p, q, a,
+//                        b) (the same of (a >> s) + 128 and (b >> s) + 128,
+//                        arithmetic shifts, for results within 0..255)
 //   optionally (type ArgbOrdered) LoadU16ArgbOrdered / LoadU8ArgbOrdered
 //                        (LoadU16 / LoadU8 with the lanes permuted in groups
 //                        of four) with StoreArgbOrdered, the store of such
