@@ -312,7 +312,12 @@ struct Bucket {
 
     static void const** Data(CPtrArrayCtrl* a)
     {
-        return reinterpret_cast<void const**>(Storage(a) + DataOffset(PtrArrayAccess::Capacity(*a)));
+        int const capacity = PtrArrayAccess::Capacity(*a);
+        // A kind whose buckets open with an even capacity only ever has even
+        // ones (they double), whose tag slots are the capacity itself: two
+        // operations fewer on every lookup's way to its data.
+        size_t const offset = kOpenCapacity % 2 == 0 ? static_cast<size_t>(capacity) * kTagBytes : DataOffset(capacity);
+        return reinterpret_cast<void const**>(Storage(a) + offset);
     }
 
     static Record* Records(CPtrArrayCtrl* a)
@@ -634,39 +639,45 @@ struct Bucket {
     {
         Prefetch(a, inCell);
         int const n = PtrArrayAccess::Count(*a);
-        if (first && static_cast<unsigned>(n - 1) < 64u) {
-            int const cursor = PtrArrayAccess::Cursor(*a);
-            // A home's storage follows its array: taken from the array's
-            // address rather than its data pointer, the tags' lines are asked
-            // for without waiting for the header's.
-            char* const storage = inCell ? Storage(a) : reinterpret_cast<char*>(a) + kInlineAt;
-            if (Traits::kTagDecides) {
-                // The first two probes, the cursor and the one after it, on
-                // their own: they serve repeated lookups of one key and
-                // lookups in insertion order, and every instruction saved
-                // lets more lookups overlap their cache misses.
-                int const c = cursor;
-                std::uint32_t const* const tags = reinterpret_cast<std::uint32_t const*>(storage);
-                std::uint32_t const tag = Traits::Tag(key);
-                if (tags[c] == tag) {
-                    PtrArrayAccess::RecordFindInRange(*a, c, c, c);
-                    return c;
-                }
-                // A mask, kept from becoming a branch: whether the cursor is
-                // the last entry is a coin toss in small buckets.
-                int const next = Opaque((c + 1) & -static_cast<int>(c + 1 != n));
-                if (tags[next] == tag) {  // with one entry, next is the cursor again
-                    PtrArrayAccess::RecordFindInRange(*a, c, c, next);
-                    return next;
-                }
-                if (kProbesCoverInline && n <= kInline)
-                    return RecordMiss(a, n, c);
-            }
-            return FindFirstMasked(a, storage, n, cursor, key);
-        }
+        if (first && static_cast<unsigned>(n - 1) < 64u)
+            return FindFirstSmall(a, n, key, inCell);
         if (!Exists(a))
             return -1;
         return FindSearching(a, key, first);
+    }
+
+    // FindFirst in a bucket of n entries, 1 <= n <= 64.
+    PALVET_HOT_INLINE static int FindFirstSmall(CPtrArrayCtrl* a, int n, KeyArg key, bool inCell)
+    {
+        int const cursor = PtrArrayAccess::Cursor(*a);
+        // A home's storage follows its array: taken from the array's
+        // address rather than its data pointer, the tags' lines are asked
+        // for without waiting for the header's.
+        char* const storage = inCell ? Storage(a) : reinterpret_cast<char*>(a) + kInlineAt;
+        if (Traits::kTagDecides) {
+            // The first two probes, the cursor and the one after it, on
+            // their own: they serve repeated lookups of one key and
+            // lookups in insertion order, and every instruction saved
+            // lets more lookups overlap their cache misses.
+            int const c = cursor;
+            std::uint32_t const* const tags = reinterpret_cast<std::uint32_t const*>(storage);
+            std::uint32_t const tag = Traits::Tag(key);
+            if (tags[c] == tag) {
+                PtrArrayAccess::RecordFindInRange(*a, c, c, c);
+                return c;
+            }
+            // A select, kept from becoming a branch: whether the cursor
+            // is the last entry is a coin toss in small buckets.
+            int const after = c + 1;
+            int const next = Opaque(after != n ? after : 0);
+            if (tags[next] == tag) {  // with one entry, next is the cursor again
+                PtrArrayAccess::RecordFindInRange(*a, c, c, next);
+                return next;
+            }
+            if (kProbesCoverInline && n <= kInline)
+                return RecordMiss(a, n, c);
+        }
+        return FindFirstMasked(a, storage, n, cursor, key);
     }
 
     // The array's outward search, for buckets of more than 64 entries and
@@ -737,9 +748,9 @@ struct Buckets {
     bool InCells() const { return Head(slots)->layout == Layout::kCells; }
 
     // The cell of bucket index (in range, of a usable table in cells).
-    CPtrArrayCtrl* Cell(int index) const
+    CPtrArrayCtrl* Cell(size_t index) const
     {
-        return reinterpret_cast<CPtrArrayCtrl*>(reinterpret_cast<char*>(slots) + static_cast<size_t>(index) * kCellBytes);
+        return reinterpret_cast<CPtrArrayCtrl*>(reinterpret_cast<char*>(slots) + index * kCellBytes);
     }
 
     // The bucket, or null when there is none.
@@ -939,11 +950,29 @@ struct Buckets {
 using IntBuckets = Buckets<IntTraits>;
 using CrcBuckets = Buckets<CrcTraits>;
 
+// FindFirstData's lookup in a bucket of more than 64 entries, or in an
+// empty cell. Out of line and reached by a tail call, so that no value on
+// the usual path has to outlive a call, which would cost every lookup the
+// saving and restoring of a register.
+__attribute__((noinline)) void* IntFindFirstSearching(CPtrArrayCtrl* bucket, int key)
+{
+    using B = Bucket<IntTraits>;
+    if (!B::Exists(bucket))
+        return nullptr;
+    int const pos = B::FindSearching(bucket, key, true);
+    return pos >= 0 ? const_cast<void*>(B::DataAt(bucket, pos)) : nullptr;
+}
+
 // FindFirstData's lookup in an existing bucket (or cell).
 PALVET_HOT_INLINE void* IntFindFirst(CPtrArrayCtrl* bucket, int key, bool inCell)
 {
-    int const pos = Bucket<IntTraits>::Find(bucket, key, true, inCell);
-    return pos >= 0 ? const_cast<void*>(Bucket<IntTraits>::DataAt(bucket, pos)) : nullptr;
+    using B = Bucket<IntTraits>;
+    B::Prefetch(bucket, inCell);
+    int const n = PtrArrayAccess::Count(*bucket);
+    if (static_cast<unsigned>(n - 1) >= 64u)
+        return IntFindFirstSearching(bucket, key);
+    int const pos = B::FindFirstSmall(bucket, n, key, inCell);
+    return pos >= 0 ? const_cast<void*>(B::DataAt(bucket, pos)) : nullptr;
 }
 
 }  // namespace
@@ -1010,10 +1039,13 @@ int CHashTable::SetData(int key, void const* data)
 
 void* CHashTable::FindFirstData(int key)
 {
-    if (m_buckets == nullptr || m_bucketCount < 1)
+    // A table exists only for a bucket count of at least 1.
+    if (m_buckets == nullptr)
         return nullptr;
     IntBuckets const b{m_buckets, m_bucketCount};
-    int const index = IntBucket(key, m_bucketCount);
+    // Widened from unsigned, as it was computed, so that it needs no sign
+    // extension.
+    size_t const index = static_cast<unsigned>(IntBucket(key, m_bucketCount));
     // The layout test is the same for every lookup, and each branch gets the
     // lookup compiled for its layout.
     if (b.InCells())
