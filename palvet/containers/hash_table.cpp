@@ -310,15 +310,22 @@ struct Bucket {
 
     static std::uint32_t* Tags(CPtrArrayCtrl* a) { return reinterpret_cast<std::uint32_t*>(Storage(a)); }
 
-    static void const** Data(CPtrArrayCtrl* a)
+    static void const** Data(CPtrArrayCtrl* a) { return DataIn(a, Storage(a)); }
+
+    // Data(a), given a's storage.
+    static void const** DataIn(CPtrArrayCtrl* a, char* storage)
     {
         int const capacity = PtrArrayAccess::Capacity(*a);
         // A kind whose buckets open with an even capacity only ever has even
         // ones (they double), whose tag slots are the capacity itself: two
         // operations fewer on every lookup's way to its data.
         size_t const offset = kOpenCapacity % 2 == 0 ? static_cast<size_t>(capacity) * kTagBytes : DataOffset(capacity);
-        return reinterpret_cast<void const**>(Storage(a) + offset);
+        return reinterpret_cast<void const**>(storage + offset);
     }
+
+    // Where a lookup finds the storage: a home's follows its array, so its
+    // address needs no load (nor a wait for the header's line).
+    static char* LookupStorage(CPtrArrayCtrl* a, bool inCell) { return inCell ? Storage(a) : reinterpret_cast<char*>(a) + kInlineAt; }
 
     static Record* Records(CPtrArrayCtrl* a)
     {
@@ -650,10 +657,7 @@ struct Bucket {
     PALVET_HOT_INLINE static int FindFirstSmall(CPtrArrayCtrl* a, int n, KeyArg key, bool inCell)
     {
         int const cursor = PtrArrayAccess::Cursor(*a);
-        // A home's storage follows its array: taken from the array's
-        // address rather than its data pointer, the tags' lines are asked
-        // for without waiting for the header's.
-        char* const storage = inCell ? Storage(a) : reinterpret_cast<char*>(a) + kInlineAt;
+        char* const storage = LookupStorage(a, inCell);
         if (Traits::kTagDecides) {
             // The first two probes, the cursor and the one after it, on
             // their own: they serve repeated lookups of one key and
@@ -972,7 +976,10 @@ PALVET_HOT_INLINE void* IntFindFirst(CPtrArrayCtrl* bucket, int key, bool inCell
     if (static_cast<unsigned>(n - 1) >= 64u)
         return IntFindFirstSearching(bucket, key);
     int const pos = B::FindFirstSmall(bucket, n, key, inCell);
-    return pos >= 0 ? const_cast<void*>(B::DataAt(bucket, pos)) : nullptr;
+    if (pos < 0)
+        return nullptr;
+    PtrArrayAccess::Cursor(*bucket) = pos;  // as DataAt
+    return const_cast<void*>(B::DataIn(bucket, B::LookupStorage(bucket, inCell))[pos]);
 }
 
 }  // namespace
