@@ -698,10 +698,13 @@ struct Bucket {
     }
 
     // The data of the entry at pos, made current as GetAt does.
-    static void const*& DataAt(CPtrArrayCtrl* a, int pos)
+    static void const*& DataAt(CPtrArrayCtrl* a, int pos) { return DataAt(a, pos, Storage(a)); }
+
+    // DataAt, given a's storage.
+    static void const*& DataAt(CPtrArrayCtrl* a, int pos, char* storage)
     {
         PtrArrayAccess::Cursor(*a) = pos;
-        return Data(a)[pos];
+        return DataIn(a, storage)[pos];
     }
 
     // As DeleteAt(pos, 1): later entries close up and pos becomes current.
@@ -954,8 +957,8 @@ struct Buckets {
 using IntBuckets = Buckets<IntTraits>;
 using CrcBuckets = Buckets<CrcTraits>;
 
-// FindFirstData's lookup in a bucket of more than 64 entries, or in an
-// empty cell. Out of line and reached by a tail call, so that no value on
+// FindFirstData's lookup in a bucket of more than 64 entries, or of none
+// (an empty cell, or a bucket whose entries were deleted). Out of line and reached by a tail call, so that no value on
 // the usual path has to outlive a call, which would cost every lookup the
 // saving and restoring of a register.
 __attribute__((noinline)) void* IntFindFirstSearching(CPtrArrayCtrl* bucket, int key)
@@ -976,10 +979,7 @@ PALVET_HOT_INLINE void* IntFindFirst(CPtrArrayCtrl* bucket, int key, bool inCell
     if (static_cast<unsigned>(n - 1) >= 64u)
         return IntFindFirstSearching(bucket, key);
     int const pos = B::FindFirstSmall(bucket, n, key, inCell);
-    if (pos < 0)
-        return nullptr;
-    PtrArrayAccess::Cursor(*bucket) = pos;  // as DataAt
-    return const_cast<void*>(B::DataIn(bucket, B::LookupStorage(bucket, inCell))[pos]);
+    return pos >= 0 ? const_cast<void*>(B::DataAt(bucket, pos, B::LookupStorage(bucket, inCell))) : nullptr;
 }
 
 }  // namespace
